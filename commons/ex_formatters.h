@@ -1,0 +1,5 @@
+#pragma once
+
+// Every rendering of an exception: as text and as XML.
+
+#include "commons/text_formatters.h"
