@@ -1,0 +1,22 @@
+#include "commons/xml_node.h"
+
+namespace brask {
+
+XmlNode XmlNode::getParent() const {
+    if (node_->parent == nullptr) {
+        BRASK_THROW(NoParentNode);
+    }
+    return {doc_, node_->parent};
+}
+
+XmlNode addChildNode(tXmlBmmDocument& document, xmlNode* parent, cstring& name) {
+    return {document.doc_.get(), document.addChild(parent, name)};
+}
+
+std::string getNodeContent(xmlNode* node) {
+    const tXmlCharPtr content(xmlNodeGetContent(node));
+    // A null is left to the string's constructor, which raises the std::logic_error that callers know.
+    return fromXml(content.get());
+}
+
+} // namespace brask

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "commons/xml_document.h"
+
+#include <map>
+#include <string>
+
+namespace brask {
+
+/// Names a node of a document and owns nothing: the document's owner must outlive it.
+struct XmlNode {
+    XmlNode(xmlDocPtr doc, xmlNodePtr node) : doc_(doc), node_(node) {}
+
+    /// The first node that `xpath` finds from here; `namespaces` maps prefixes to URIs. Raises
+    /// tError_XPath_CantEvaluate when the expression is wrong or its result is false or empty, and
+    /// tError_XPath_TypesMismatch when the result is true but no node set. xpath_expr.cpp holds it.
+    XmlNode getNode(const std::string& xpath,
+                    const std::map<std::string, std::string>& namespaces = {}) const;
+
+    /// The document counts as the parent of its root element. Raises NoParentNode on a detached node and on
+    /// the document itself.
+    XmlNode getParent() const;
+
+    /// Replaces the file `path` with this element alone, without an XML declaration, owned by the panel's
+    /// administrative account. atomic_save.cpp holds it and tells how.
+    void saveToFileAtomically(cstring& path) const;
+
+    xmlDocPtr doc_;
+    xmlNodePtr node_;
+};
+
+/// A new child element at the end of `parent`.
+XmlNode addChildNode(tXmlBmmDocument& document, xmlNode* parent, cstring& name);
+
+/// All the text below `node`. Raises std::logic_error for a node that has no content to tell, such as null.
+std::string getNodeContent(xmlNode* node);
+
+} // namespace brask
