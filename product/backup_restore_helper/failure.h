@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+
+namespace backup_restore_helper {
+
+/// The one-line reason for which the helper gives up. It is shown to people, so no part of a key stands in
+/// it.
+class Failure : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Raises a Failure that reads "Can't `action`: " and the text of the current errno.
+[[noreturn]] inline void failSystemCall(const std::string& action) {
+    const int code = errno;
+    throw Failure("Can't " + action + ": " + std::strerror(code));
+}
+
+} // namespace backup_restore_helper
