@@ -1,0 +1,33 @@
+#pragma once
+
+// The signature document: the text that stands behind the last byte of a signed dump. It has the shape of an
+// XML digital signature, but it is written as plain text, to the byte, and nothing is ever canonicalised.
+
+#include "backup_sign_lib/digest.h"
+#include "commons/xml_document.h"
+
+#include <memory>
+#include <string>
+
+namespace brask {
+
+/// The four texts of a document as they stand there, line feeds included.
+struct SignatureData {
+    std::string digestValue;
+    std::string signatureValue;
+    /// The signer's public key. It must be there but proves nothing: a dump is verified with this server's
+    /// own.
+    std::string modulus;
+    std::string exponent;
+};
+
+/// The document that signs `digest` with a pair of keys in PEM. It begins with "<Signature xmlns=", ends
+/// without a line end, and has 1,196 bytes with a key of 1024 bits. Finishes the digest. Raises SignError.
+std::string createSignatureDocument(const Digest& digest, const std::string& privateKey,
+                                    const std::string& publicKey);
+
+/// Takes the texts out of a document whose root is set. Raises WrongSignatureDataError for the first element,
+/// in the order of the fields, that is missing or outside the namespace of XML signatures.
+std::shared_ptr<SignatureData> parseSignXml(const tXmlBmmDocument& document);
+
+} // namespace brask
