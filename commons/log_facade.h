@@ -117,4 +117,12 @@ void logMessage(int level, std::string_view messageTemplate, const Args&... args
     }
 }
 
+/// A note of progress: logMessage of level 3, but only if the front end's own level is that high.
+template <class... Args>
+void logNote(std::string_view messageTemplate, const Args&... args) {
+    if (const LogFacade* log = GetLogFacade(); log != nullptr && log->GetLevel() > 2) {
+        logMessage(3, messageTemplate, args...);
+    }
+}
+
 } // namespace brask

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "commons/log_facade.h"
+#include "commons/text_formatters.h"
+
+#include <string>
+#include <vector>
+
+namespace test_support {
+
+/// A debug log that keeps its lines, attached to the log's front end while it lives.
+class RecordingLog : public brask::DebugLog {
+public:
+    explicit RecordingLog(int level = 3) {
+        brask::currentDebugLog = this;
+        brask::AttachLogFacade();
+        brask::GetLogFacade()->SetLevel(level);
+    }
+
+    ~RecordingLog() override {
+        brask::currentDebugLog = nullptr;
+        brask::DetachLogFacade();
+    }
+
+    void Info(const std::string& message) override { lines.push_back(message); }
+
+    void Error(const std::string& message) override { lines.push_back("error: " + message); }
+
+    void Info(const brask::IExTraceable& ex) override { Info(brask::GetErrorText(ex)); }
+
+    bool IsVerbose() const override { return false; }
+
+    bool IsDebug() const override { return false; }
+
+    std::vector<std::string> lines;
+};
+
+} // namespace test_support
