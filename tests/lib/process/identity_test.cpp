@@ -1,4 +1,5 @@
 #include "lib/process/lib/identity.h"
+#include "lib/process/lib/spawn.h"
 #include "lib/runtime/low_level_log.h"
 #include "tests/support/child.h"
 
@@ -181,6 +182,13 @@ TEST_F(SwitchAsRoot, NeverGoesOnAsTheUserItWas) {
     EXPECT_EQ(child.exitCode, 1);
     EXPECT_EQ(child.out, std::string(program_invocation_short_name) +
                              ": Failed to setuid: 54321\n\nSystem error 1: Operation not permitted\n");
+}
+
+TEST_F(SwitchAsRoot, ASpawnedChildRunsAsTheAccountItIsToldTo) {
+    std::string output;
+    std::string error;
+    EXPECT_EQ(forkExecvGetOutErr(output, error, {"sh", "-c", "id -u; id -G; pwd"}, "worker", true, {}), 0);
+    EXPECT_EQ(output, "54321\n54322 54324\n/usr\n");
 }
 
 } // namespace

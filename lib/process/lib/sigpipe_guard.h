@@ -1,0 +1,31 @@
+#pragma once
+
+namespace brask {
+
+/// While it lives, writing to a pipe that nobody reads fails with EPIPE in this thread instead of killing the
+/// process:
+///
+///     const SigpipeGuard guard;
+///     const int status = helper.exec();   // a helper that dies early costs its status, not our life
+///
+/// SIGPIPE is blocked in the thread's mask; its disposition is not touched. A SIGPIPE that became pending
+/// meanwhile is taken off at the end; one that was pending before, and a block that was there before, are
+/// left alone. A child that forkExecvPipes starts meanwhile begins with the mask the caller had. Guards nest;
+/// each ends in the thread that began it.
+class SigpipeGuard {
+public:
+    SigpipeGuard();
+    ~SigpipeGuard();
+
+    SigpipeGuard(const SigpipeGuard&) = delete;
+    SigpipeGuard& operator=(const SigpipeGuard&) = delete;
+
+private:
+    bool wasPending;
+    bool wasBlocked;
+};
+
+/// Takes the guards' block, if there is one, off a forked child's mask.
+void unblockGuardedSigpipe();
+
+} // namespace brask
