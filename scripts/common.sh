@@ -1,0 +1,49 @@
+# shellcheck shell=bash
+# Shared by the scripts of this project; sourced, not run.
+set -euo pipefail
+
+repo=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
+# The compiler cache stays with the builds, so that nothing outside them is touched.
+export CCACHE_DIR=${CCACHE_DIR:-$repo/build/.ccache}
+
+say() {
+    printf '%s: %s\n' "${0##*/}" "$*"
+}
+
+die() {
+    say "$@" >&2
+    exit 1
+}
+
+# quietly COMMAND…: runs a command and shows its output, on standard error, only if it fails.
+quietly() {
+    local output
+    output=$("$@" 2>&1) || {
+        printf '%s\n' "$output" >&2
+        return 1
+    }
+}
+
+# configure PRESET: runs CMake if the build folder isn't ready, or was configured somewhere else and then moved here.
+# Later changes of CMake files are the build's own business.
+configure() {
+    local tree=$repo/build/$1
+    local fresh=()
+    if [[ -f $tree/CMakeCache.txt ]] && ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$repo" "$tree/CMakeCache.txt"; then
+        fresh=(--fresh)
+    elif [[ -f $tree/build.ninja && ! $repo/CMakePresets.json -nt $tree/build.ninja ]]; then
+        return 0
+    fi
+    cmake -S "$repo" "${fresh[@]}" --preset "$1"
+}
+
+# build PRESET [TARGET…]: configures and builds, one script at a time.
+build() {
+    if ! mkdir -p "$repo/build" || ! touch "$repo/build/.lock"; then
+        die "this user can't write $repo/build"
+    fi
+    (
+        flock 9 && cd "$repo" && configure "$1" &&
+            cmake --build --preset "$1" --parallel "$(nproc)" ${2+--target "${@:2}"}
+    ) 9>"$repo/build/.lock" </dev/null
+}
