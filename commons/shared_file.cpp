@@ -1,0 +1,151 @@
+#include "commons/shared_file.h"
+
+#include "commons/call_no_throw.h"
+#include "commons/format.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace brask {
+
+SharedFile::SharedFile(const std::string& path, uid_t owner, gid_t group, mode_t mode) : path_(path) {
+    fd_ = static_cast<int>(TEMP_FAILURE_RETRY(open(path.c_str(), O_RDWR | O_CREAT, mode)));
+    if (fd_ == -1) {
+        raiseSystemError("Failed to open the file {}");
+    }
+    if (fchown(fd_, owner, group) == -1) {
+        raiseSystemError("Failed to change ownership of the file '{}'");
+    }
+}
+
+SharedFile::~SharedFile() {
+    callNoThrow([this] { unlock(); }, formatMessage("Failed to unlock the file {} explicitly", path_));
+    TEMP_FAILURE_RETRY(close(fd_));
+}
+
+void SharedFile::lockExclusive() {
+    if (lockMode_ == LockMode::Shared) {
+        throw std::runtime_error(formatMessage("The file {} has already locked in the shared mode", path_));
+    }
+    lock(LOCK_EX, LockMode::Exclusive);
+}
+
+void SharedFile::lockShared() {
+    if (lockMode_ == LockMode::Exclusive) {
+        throw std::runtime_error(
+            formatMessage("The file {} has already locked in the exclusive mode", path_));
+    }
+    lock(LOCK_SH, LockMode::Shared);
+}
+
+void SharedFile::lock(int operation, LockMode mode) {
+    if (lockMode_ == mode) {
+        return;
+    }
+    if (TEMP_FAILURE_RETRY(flock(fd_, operation)) == -1) {
+        raiseSystemError("Failed to lock the file {}");
+    }
+    lockMode_ = mode;
+}
+
+void SharedFile::unlock() {
+    if (lockMode_ == LockMode::None) {
+        return;
+    }
+    if (TEMP_FAILURE_RETRY(flock(fd_, LOCK_UN)) == -1) {
+        raiseSystemError("Failed to unlock the file {}");
+    }
+    lockMode_ = LockMode::None;
+}
+
+void SharedFile::Append(std::string data) {
+    underExclusiveLock([&] { writeAtEnd(std::move(data)); });
+}
+
+void SharedFile::AppendLine(const std::string& line) {
+    underExclusiveLock([&] {
+        dropTornLine();
+        writeAtEnd(line + "\n");
+    });
+}
+
+void SharedFile::underExclusiveLock(const std::function<void()>& step) {
+    const bool takesLock = lockMode_ != LockMode::Exclusive;
+    if (takesLock) {
+        lockExclusive();
+    }
+    try {
+        step();
+        if (takesLock) {
+            unlock();
+        }
+    } catch (...) {
+        if (takesLock) {
+            callNoThrow([this] { unlock(); },
+                        formatMessage("Unable to unlock the file {} after a failure", path_));
+        }
+        throw;
+    }
+}
+
+void SharedFile::dropTornLine() const {
+    const off_t end = seekEnd();
+    const off_t lineEnd = lastLineEnd(end);
+    if (lineEnd < end && TEMP_FAILURE_RETRY(ftruncate(fd_, lineEnd)) == -1) {
+        raiseSystemError("Failed to truncate the file {}");
+    }
+}
+
+off_t SharedFile::lastLineEnd(off_t end) const {
+    std::array<char, 4096> block{};
+    while (end > 0) {
+        const off_t begin = std::max<off_t>(0, end - static_cast<off_t>(block.size()));
+        const auto count =
+            TEMP_FAILURE_RETRY(pread(fd_, block.data(), static_cast<std::size_t>(end - begin), begin));
+        if (count == -1) {
+            raiseSystemError("Failed to read the file {}");
+        }
+        const std::string_view text(block.data(), static_cast<std::size_t>(count));
+        if (const std::size_t found = text.rfind('\n'); found != std::string_view::npos) {
+            return begin + static_cast<off_t>(found) + 1;
+        }
+        end = begin;
+    }
+    return 0;
+}
+
+off_t SharedFile::seekEnd() const {
+    const off_t end = lseek(fd_, 0, SEEK_END);
+    if (end == -1) {
+        raiseSystemError("Failed to seek the end of the file {}");
+    }
+    return end;
+}
+
+void SharedFile::writeAtEnd(std::string data) const {
+    // Not O_APPEND: the seek under the lock is what keeps the records together.
+    seekEnd();
+    while (!data.empty()) {
+        const ssize_t written = TEMP_FAILURE_RETRY(write(fd_, data.data(), data.size()));
+        if (written == -1) {
+            raiseSystemError("Failed to write the file {}");
+        }
+        data.erase(0, static_cast<std::size_t>(written));
+    }
+}
+
+void SharedFile::raiseSystemError(const char* messageTemplate) const {
+    const int code = errno;
+    throw std::system_error(code, std::system_category(), formatMessage(messageTemplate, path_));
+}
+
+} // namespace brask

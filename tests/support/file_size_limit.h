@@ -1,0 +1,27 @@
+#pragma once
+
+#include <csignal>
+
+#include <sys/resource.h>
+
+namespace test_support {
+
+/// Stands for a full disk: no file of this process can grow beyond the limit. For a child process, whose life
+/// it is meant to end with.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) {
+        signal(SIGXFSZ, SIG_IGN);
+        set(bytes);
+    }
+
+    void lift() const { set(RLIM_INFINITY); }
+
+private:
+    static void set(rlim_t bytes) {
+        const rlimit limit{bytes, RLIM_INFINITY};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+};
+
+} // namespace test_support
