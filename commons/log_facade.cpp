@@ -10,6 +10,8 @@ namespace {
 
 // The least important level that the structured log is told of.
 constexpr int kLastStructuredLevel = 2;
+// The least important level that is worth an error report.
+constexpr int kLastReportedLevel = 1;
 
 std::unique_ptr<LogFacade> instance;
 int attachedSinks = 0;
@@ -52,7 +54,7 @@ void LogFacade::Write(int level, bool report, const IExTraceable& ex, const Obje
     Write(level, report, ex, GetErrorText(ex), objects);
 }
 
-void LogFacade::Write(int level, bool /*report*/, const IExTraceable& ex, const std::string& text,
+void LogFacade::Write(int level, bool report, const IExTraceable& ex, const std::string& text,
                       const ObjectList* objects) {
     if (xmlLog != nullptr && level <= kLastStructuredLevel) {
         if (objects != nullptr) {
@@ -67,6 +69,9 @@ void LogFacade::Write(int level, bool /*report*/, const IExTraceable& ex, const 
         } else {
             debugLog->Info(text);
         }
+    }
+    if (report && level <= kLastReportedLevel) {
+        Report(text, objects);
     }
 }
 

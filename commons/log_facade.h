@@ -89,6 +89,9 @@ private:
     void Write(int level, bool report, const IExTraceable& ex, const std::string& text,
                const ObjectList* objects);
 
+    /// Sends the error report, about the object that `objects` or the structured log's current path ends in.
+    void Report(const std::string& text, const ObjectList* objects) const;
+
     DebugLog* debugLog = nullptr;
     Log* xmlLog = nullptr;
     int level = 2;
