@@ -1,6 +1,7 @@
 #include "commons/backup_settings.h"
 #include "commons/retry.h"
-#include "tests/support/fixed_product_root.h"
+#include "commons/settings_parser.h"
+#include "tests/support/fixed_params.h"
 #include "tests/support/recording_log.h"
 #include "tests/support/temp_dir.h"
 
@@ -8,20 +9,22 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <regex>
 #include <sstream>
 
 namespace {
 
 using namespace brask;
-using test_support::FixedProductRoot;
+using test_support::FixedParams;
 using test_support::RecordingLog;
 using test_support::TempDir;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-/// Every value by its name, in order.
+/// Every value by its name, in order, as a settings file has it.
 std::string describe(const BackupSettings::Values& values) {
     std::ostringstream text;
+    text << std::boolalpha;
 #define DESCRIBE(type, name, defaultValue) text << #name << " = " << values.name << "\n";
     BRASK_BACKUP_SETTINGS(DESCRIBE)
 #undef DESCRIBE
@@ -100,11 +103,20 @@ TEST_F(BackupSettingsFile, NeverFailsTheCaller) {
     EXPECT_EQ(describe(readText(bytes)), defaults);
 }
 
+TEST(ShippedSettingsFile, ListsEveryValueAtItsDefaultAndSetsNone) {
+    const std::string text = test_support::readFile(SHIPPED_PANEL_INI);
+    EXPECT_TRUE(SettingsParser().parse(text).empty());
+
+    const std::regex commentedOut("(^|\n);(\\w+ = )");
+    EXPECT_EQ(SettingsParser().parse(std::regex_replace(text, commentedOut, "$1$2")),
+              SettingsParser().parse("[bmm]\n" + describe({})));
+}
+
 /// 0 if a process whose panel.ini sets `attempts` reads it once and calls a failing operation `expected`
 /// times.
 int checkProcessWithAttempts(const std::string& attempts, int expected) {
     const TempDir root;
-    const FixedProductRoot source(root.path());
+    const FixedParams params({{"PRODUCT_ROOT_D", root.path()}});
     root.write("admin/conf/panel.ini",
                "[bmm]\nlocalPauseBetweenAttempts=-1\nlocalMaxFieIoAttempts=" + attempts);
     const bool read = BackupSettings::localPauseBetweenAttempts() == -1;

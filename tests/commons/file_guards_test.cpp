@@ -1,7 +1,7 @@
 #include "commons/backup_settings.h"
 #include "commons/file_guards.h"
 #include "commons/file_utils.h"
-#include "tests/support/fixed_product_root.h"
+#include "tests/support/fixed_params.h"
 #include "tests/support/recording_log.h"
 #include "tests/support/temp_dir.h"
 
@@ -16,7 +16,7 @@
 namespace {
 
 using namespace brask;
-using test_support::FixedProductRoot;
+using test_support::FixedParams;
 using test_support::RecordingLog;
 using test_support::TempDir;
 using ::testing::ElementsAre;
@@ -32,7 +32,7 @@ protected:
     }
 
     TempDir dir;
-    FixedProductRoot root{dir.path()};
+    FixedParams params{{{"PRODUCT_ROOT_D", dir.path()}}};
     RecordingLog log;
 };
 
