@@ -1,7 +1,7 @@
 #include "backup_sign_lib/backup_sign.h"
 #include "backup_sign_lib/rsa_keys.h"
 #include "tests/support/child.h"
-#include "tests/support/fixed_product_root.h"
+#include "tests/support/fixed_params.h"
 #include "tests/support/recording_log.h"
 #include "tests/support/temp_dir.h"
 
@@ -96,7 +96,7 @@ protected:
     static constexpr const char* kHelper = "admin/bin/backup_restore_helper";
 
     const test_support::TempDir root;
-    const test_support::FixedProductRoot paramSource{root.path()};
+    const test_support::FixedParams params{{{"PRODUCT_ROOT_D", root.path()}}};
     const std::vector<std::string> dump{root.write("dump", "some dump")};
 
     BackupSign sign;
