@@ -6,9 +6,9 @@
 #include "lib/process/lib/identity.h"
 #include "lib/process/lib/shell_escape.h"
 
+#include <cstdlib>
 #include <filesystem>
-
-#include <stdlib.h>
+#include <utility>
 
 namespace brask {
 
@@ -91,8 +91,8 @@ ProfilingOperation::ProfilingOperation(ProfilingOperationType operation,
 }
 
 ProfilingOperation::ProfilingOperation(StartLater /*tag*/, ProfilingOperationType operation,
-                                       const ProfilingAttributes& attributes, ProfilingContext* context)
-    : attributes(attributes), operation(operation), context(context), guid(makeGuid()) {}
+                                       ProfilingAttributes attributes, ProfilingContext* context)
+    : attributes(std::move(attributes)), operation(operation), context(context), guid(makeGuid()) {}
 
 ProfilingOperation::~ProfilingOperation() {
     if (context != nullptr && context->takesOperations()) {

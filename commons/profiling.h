@@ -85,7 +85,7 @@ protected:
     struct StartLater {};
 
     /// For a derived class that has more to set up: it calls writeStart() itself.
-    ProfilingOperation(StartLater, ProfilingOperationType operation, const ProfilingAttributes& attributes,
+    ProfilingOperation(StartLater, ProfilingOperationType operation, ProfilingAttributes attributes,
                        ProfilingContext* context);
 
     void writeStart(const std::string& name);

@@ -4,11 +4,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <vector>
 
-#include <stdlib.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
