@@ -57,7 +57,7 @@ protected:
 TEST_F(DumpStream, IsTheConcatenationWithTheLastVolumeCutAtTheLimit) {
     std::mt19937 random(20);
     const auto upTo = [&random](size_t most) { return random() % (most + 1); };
-    for (int round = 0; round < 400; ++round) {
+    for (int round = 0; round < 200; ++round) {
         std::vector<std::string> contents(1 + upTo(4));
         std::string expected;
         for (std::string& content : contents) {

@@ -23,11 +23,13 @@ std::string pairOf(char letter, size_t size = 60000) {
 
 class BackupRestoreHelper : public testing::Test {
 protected:
-    BackupRestoreHelper() { std::filesystem::create_directory(root.path("var")); }
-
-    std::vector<std::string> command(const std::string& argument) const {
-        return {HELPER_AT_ROOT, root.path(), argument};
+    BackupRestoreHelper() {
+        std::filesystem::create_directory(root.path("var"));
+        std::filesystem::create_directories(root.path("admin/bin"));
+        std::filesystem::copy_file(HELPER, helper);
     }
+
+    std::vector<std::string> command(const std::string& argument) const { return {helper, argument}; }
 
     ProgramResult set(const std::string& pair) const {
         return runProgram(command("--set-backup-certificate"), pair);
@@ -38,12 +40,13 @@ protected:
     /// Runs "set" or "get" under the shell's `setup`.
     ProgramResult underShell(const std::string& setup, const std::string& what,
                              const std::string& input = {}) const {
-        const std::string script =
-            setup + " exec '" HELPER_AT_ROOT "' '" + root.path() + "' --" + what + "-backup-certificate";
+        const std::string script = setup + " exec '" + helper + "' --" + what + "-backup-certificate";
         return runProgram({"/bin/sh", "-c", script}, input);
     }
 
     TempDir root;
+    // The helper keeps the pair in the tree that it stands in.
+    const std::string helper = root.path("admin/bin/backup_restore_helper");
     const std::string folder = root.path("var/backup_certificate");
 };
 
@@ -99,7 +102,7 @@ TEST_F(BackupRestoreHelper, TakesExactlyOneKnownArgument) {
                                               {"get-backup-certificate"},
                                               {"--get-backup-certificate", "--set-backup-certificate"}};
     for (const auto& arguments : cases) {
-        std::vector<std::string> argv = {HELPER_AT_ROOT, root.path()};
+        std::vector<std::string> argv = {helper};
         argv.insert(argv.end(), arguments.begin(), arguments.end());
         expectOneLineReason(runProgram(argv, pemPair), "Exactly one argument is needed");
     }

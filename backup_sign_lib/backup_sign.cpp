@@ -1,0 +1,150 @@
+#include "backup_sign_lib/backup_sign.h"
+
+#include "backup_sign_lib/dump_signature.h"
+#include "backup_sign_lib/rsa_keys.h"
+#include "backup_sign_lib/sign_errors.h"
+#include "backup_sign_lib/signature_document.h"
+#include "commons/log_facade.h"
+#include "commons/product_paths.h"
+#include "lib/process/lib/ExecCmd.h"
+#include "lib/process/lib/sigpipe_guard.h"
+
+#include <fstream>
+
+namespace brask {
+
+std::string BackupSign::privateKey;
+std::string BackupSign::publicKey;
+std::string BackupSign::loadError;
+const std::string BackupSign::keySeparator = "\n\n";
+
+namespace {
+
+/// The utility that keeps the pair. Its input and output hold the private key, so it is run by exec(), whose
+/// failures name neither.
+class Helper : public ExecCmd {
+public:
+    explicit Helper(const char* request) : ExecCmd(getAdminBinPath("backup_restore_helper")) {
+        addArg(request);
+    }
+
+    int exec() override {
+        // A helper that ends without reading its input is to end in a message, not in our death.
+        const SigpipeGuard guard;
+        return ExecCmd::exec();
+    }
+};
+
+std::string failureText(const std::string& what, const ExecCmd& helper) {
+    std::string text = what;
+    for (const std::string& reason : {helper.stdoutData, helper.lastError}) {
+        if (!reason.empty()) {
+            text += ": " + reason;
+        }
+    }
+    return text;
+}
+
+void logInvalid(const Error<&VerifyError>& error) {
+    if (LogFacade* log = GetLogFacade()) {
+        log->Write(3, true, error, nullptr);
+    }
+}
+
+} // namespace
+
+void BackupSign::LoadServerCertificate() {
+    if (loadError.empty() && !privateKey.empty() && !publicKey.empty()) {
+        return;
+    }
+    Helper helper("--get-backup-certificate");
+    if (helper.exec() != 0) {
+        loadError = failureText("Unable to get backup sign certificate", helper);
+        BRASK_THROW(CertificateNotFoundError, loadError);
+    }
+    // The private key's own line feed and the first of the separator are found, not the separator as it was
+    // stored. The public key then begins with a line feed, which its reader skips.
+    const size_t boundary = helper.stdoutData.find(keySeparator);
+    if (boundary == std::string::npos) {
+        loadError = "Incorrect backup sign certificate";
+        BRASK_THROW(CertificateNotFoundError, loadError);
+    }
+    privateKey = helper.stdoutData.substr(0, boundary);
+    publicKey = helper.stdoutData.substr(boundary + keySeparator.size());
+}
+
+void BackupSign::StoreServerKeypair(const std::string& privateKey, const std::string& publicKey) {
+    Helper helper("--set-backup-certificate");
+    helper.stdinData = privateKey + keySeparator + publicKey;
+    if (helper.exec() != 0) {
+        BRASK_THROW(SetBackupCertificateError, failureText("Unable to set backup sign certificate", helper));
+    }
+    BackupSign::privateKey = privateKey;
+    BackupSign::publicKey = publicKey;
+    loadError.clear();
+}
+
+void BackupSign::GenerateSign() {
+    const auto [newPrivateKey, newPublicKey] = generateServerKeypair();
+    StoreServerKeypair(newPrivateKey, newPublicKey);
+    const std::string path = getProductRootDir() + "/admin/htdocs/bu_pubkey.txt";
+    std::ofstream file(path, std::ios::trunc);
+    if (!file.is_open()) {
+        BRASK_THROW(GenerationError, "Unable to save certificate to " + path);
+    }
+    file << "Public key which may be used to verify dumps made from this host\n\n" << publicKey << "\n";
+}
+
+void BackupSign::EnsureServerCertificate() {
+    try {
+        LoadServerCertificate();
+    } catch (const Error<&CertificateNotFoundError>& e) {
+        logMessage(3, "Failed to load backup sign certificate: {}", e.GetText());
+        // A helper that failed only for the moment loses its old pair here. That is accepted: no command is
+        // to fail for want of a key.
+        GenerateSign();
+    }
+}
+
+std::string BackupSign::GetCertificate() {
+    EnsureServerCertificate();
+    return privateKey + "\n\n" + publicKey;
+}
+
+void BackupSign::SignDump(const std::vector<std::string>& files) {
+    EnsureServerCertificate();
+    signDumpFile(files, privateKey, publicKey);
+}
+
+void BackupSign::VerifyDump(const std::vector<std::string>& files) {
+    EnsureServerCertificate();
+    verifyDumpFile(files, publicKey);
+}
+
+std::string BackupSign::SignDigest(const Digest& digest) {
+    EnsureServerCertificate();
+    return createSignatureDocument(digest, privateKey, publicKey);
+}
+
+bool BackupSign::IsDumpSignValid(const std::vector<std::string>& files) {
+    try {
+        VerifyDump(files);
+        return true;
+    } catch (const Error<&VerifyError>& e) {
+        logInvalid(e);
+        return false;
+    }
+}
+
+bool BackupSign::IsSignValid(const std::string& signature, const Digest& digest) {
+    EnsureServerCertificate();
+    try {
+        verifyDumpFile(signature, digest, publicKey);
+        return true;
+    } catch (const Error<&VerifyError>& e) {
+        logInvalid(e);
+        return false;
+    }
+}
+
+} // namespace brask

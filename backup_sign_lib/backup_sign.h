@@ -1,0 +1,76 @@
+#pragma once
+
+#include "backup_sign_lib/digest.h"
+
+#include <string>
+#include <vector>
+
+namespace brask {
+
+/// What the command line talks to: dumps signed and verified with the server's key pair.
+///
+/// The pair is kept by the panel's utility backup_restore_helper, and is fetched from there when it is first
+/// needed. If no pair can be fetched, for whatever reason, a new one is made and handed to the helper, so
+/// every command works on a server that never had a pair; dumps signed with a pair that was there
+/// nevertheless no longer verify then. The pair lives as long as the process and is shared by all objects of
+/// the class. One thread only.
+class BackupSign {
+public:
+    /// Fetches the pair, unless it is here and the last load did not fail. Nothing checks that what comes is
+    /// keys. Raises CertificateNotFoundError, with the pair left as it was.
+    void LoadServerCertificate();
+
+    /// Hands a pair to the helper, and uses it from now on. Raises SetBackupCertificateError, with the pair
+    /// left as it was.
+    void StoreServerKeypair(const std::string& privateKey, const std::string& publicKey);
+
+    /// Makes a new pair, whether or not there is one, stores it, and publishes the public key in
+    /// admin/htdocs/bu_pubkey.txt below the product root. Raises RsaKeyGenerationError,
+    /// SetBackupCertificateError, and GenerationError when the file can't be opened: the new pair is in force
+    /// then.
+    void GenerateSign();
+
+    /// LoadServerCertificate, or GenerateSign if that fails.
+    void EnsureServerCertificate();
+
+    /// Both keys, the private one first, with an empty line between. The operations from here on begin with
+    /// EnsureServerCertificate and raise what it and the function named raise.
+    std::string GetCertificate();
+
+    /// signDumpFile.
+    void SignDump(const std::vector<std::string>& files);
+
+    /// verifyDumpFile.
+    void VerifyDump(const std::vector<std::string>& files);
+
+    /// createSignatureDocument.
+    std::string SignDigest(const Digest& digest);
+
+    /// verifyDumpFile, with false for VerifyError, which is logged.
+    bool IsDumpSignValid(const std::vector<std::string>& files);
+    bool IsSignValid(const std::string& signature, const Digest& digest);
+
+    /// The deprecated commands, which need no key and sign and check nothing. Standard input and output stand
+    /// in for an empty name, and are closed at the end. legacy_xml.cpp holds them.
+
+    /// CopyFileOrStream.
+    void SignXml(const std::string& input, const std::string& output);
+
+    /// Writes the document `input` as UTF-8 to `output`, a migration dump in an envelope without its
+    /// envelope. Raises the errors of XML documents.
+    void VerifyXml(const std::string& input, const std::string& output);
+
+    /// Copies bytes. Reports nothing: a write that fails ends the copy. `input` must exist and `output` must
+    /// be writable, otherwise the process dies.
+    void CopyFileOrStream(const std::string& input, const std::string& output);
+
+private:
+    static std::string privateKey;
+    static std::string publicKey;
+    /// Why the last load failed; empty before the first and after a store.
+    static std::string loadError;
+    /// What stands between the private and the public key on their way from and to the helper.
+    static const std::string keySeparator;
+};
+
+} // namespace brask
