@@ -26,6 +26,7 @@ BRASK_ERROR_TAG(tError_ParseFile,
 BRASK_ERROR_TAG(tError_WrongInputFile,
                 "The XML file does not exist or is not a regular file. Check the file '{}'")
 BRASK_ERROR_TAG(tError_SaveFile, "Cannot save the XML document to file '{}'")
+BRASK_ERROR_TAG(CantTakeFileOwnership, "Cannot take ownership of {}: {}")
 BRASK_ERROR_TAG(tError_WrongContent, "{}")
 BRASK_ERROR_TAG(tError_EmptyDoc, "The document is empty. Cannot find the root element <{}>")
 BRASK_ERROR_TAG(tError_WrongDoc,
@@ -75,8 +76,13 @@ public:
     /// Writes the document to `stream`. Always returns 1: a failed write shows in the stream's state alone.
     int saveToStream(std::ostream& stream, const char* encoding);
 
-    /// Replaces the file `path` in one step with the document, owned by the panel's administrative account.
-    /// atomic_save.cpp holds it and tells how.
+    /// Replaces the file `path` in one step with the document, owned by the panel's administrative account
+    /// with its primary group, mode 0600. Written through the virtual saveToFile. The last step is tried as
+    /// often as the settings say; with zero attempts the target keeps its old content, and nothing is raised.
+    /// On any failure the target is as it was, and the temporary file "bmm-xp-stfa-NAME-XXXXXX" beside it
+    /// stays. A bare file name puts that file into the directory of temporary files, from where the last step
+    /// may have to cross file systems, which fails on an existing target. Raises what BMM_getTempFileName and
+    /// saveToFile raise, CantTakeFileOwnership, CantRenameFile.
     void saveToFileAtomically(const std::string& path);
 
     ttPtrWrapper<xmlDoc*, xmlFreeDoc> doc_;

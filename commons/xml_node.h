@@ -21,8 +21,11 @@ struct XmlNode {
     /// the document itself.
     XmlNode getParent() const;
 
-    /// Replaces the file `path` with this element alone, without an XML declaration, owned by the panel's
-    /// administrative account. atomic_save.cpp holds it and tells how.
+    /// Replaces the file `path` with this element alone, without an XML declaration, owned and named as by
+    /// tXmlDocument::saveToFileAtomically, the prefix being "bmm-xw-stfa-". An existing target is removed
+    /// before the new file takes its name, once and with no retries: if that fails, the old content is gone,
+    /// and the new stays in the temporary file. Raises what BMM_getTempFileName raises,
+    /// CantTakeFileOwnership, CantRenameFile.
     void saveToFileAtomically(cstring& path) const;
 
     xmlDocPtr doc_;

@@ -14,7 +14,8 @@ using cstring = const std::string;
 
 /// The shared owner of a libxml2 object: copies hold the same object, and the last one releases it with
 /// `deleter`. An empty owner holds null, which `deleter` is called with as well: libxml2's own functions
-/// accept it. Assign another owner to let go of the object.
+/// accept it, all but xmlFreeValidCtxt, so that an owner of that kind must never be empty. Assign another
+/// owner to let go of the object.
 template <class T, void (*deleter)(T)>
 class ttPtrWrapper {
 public:
