@@ -3,12 +3,17 @@
 #include "commons/product_paths.h"
 #include "commons/session_files.h"
 #include "commons/text_formatters.h"
+#include "lib/process/lib/identity.h"
 #include "log4cpp_additions/configure.h"
 
 #include <log4cpp/Category.hh>
 
 #include <cstdlib>
+#include <filesystem>
 #include <map>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace brask {
 
@@ -31,11 +36,23 @@ void attachCustomLog() {
     }
 }
 
+/// log4cpp makes a log file readable by everybody; this one is for root and the panel's group. Best effort:
+/// an ordinary user can't give a file away.
+void keepToPanelGroup(const std::string& logFile) {
+    [[maybe_unused]] const int ignored = chown(logFile.c_str(), static_cast<uid_t>(-1), groupId("bsaadm"));
+    chmod(logFile.c_str(), S_IRUSR | S_IWUSR | S_IRGRP);
+}
+
 void configureLog4cpp(bool debug) {
     const char* customLog = getenv("CUSTOM_LOG");
-    log4cpp_additions::configure(getBmmConfigFile(),
-                                 {{"LOG_FILE_NAME", session->getLogFile()},
-                                  {"CUSTOM_LOG_FILE_NAME", customLog == nullptr ? "" : customLog}});
+    const std::string logFile = session->getLogFile();
+    const bool isNewLog = !std::filesystem::exists(logFile);
+    log4cpp_additions::configure(
+        getBmmConfigFile(),
+        {{"LOG_FILE_NAME", logFile}, {"CUSTOM_LOG_FILE_NAME", customLog == nullptr ? "" : customLog}});
+    if (isNewLog) {
+        keepToPanelGroup(logFile);
+    }
     if (!debug) {
         log4cpp::Category& root = log4cpp::Category::getRoot();
         root.removeAppender(root.getAppender("A2"));

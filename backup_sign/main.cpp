@@ -1,0 +1,132 @@
+// backup_sign signs a finished dump and verifies it later. This file turns the command line into one
+// operation of BackupSign, and every failure into one line on standard output and exit code 1.
+
+#include "backup_sign/command_line.h"
+#include "backup_sign/run_lifetime.h"
+#include "backup_sign_lib/backup_sign.h"
+#include "commons/log_facade.h"
+#include "commons/param_source.h"
+
+#include <boost/exception/diagnostic_information.hpp>
+#include <boost/exception/exception.hpp>
+
+#include <cerrno>
+#include <exception>
+#include <ios>
+#include <iostream>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace brask;
+
+constexpr int kVerboseLevel = 3;
+
+ParamFromBSAStrategy bsaParameters;
+
+// Runs before main: from here on the whole library asks the panel's runtime configuration.
+[[maybe_unused]] const bool paramSourceInstalled = (paramSource = &bsaParameters, true);
+
+void printCertificate(BackupSign& backupSign) {
+    std::cout << backupSign.GetCertificate() << std::endl;
+    if (!std::cout) {
+        throw std::ios_base::failure("Unable to write the certificate");
+    }
+}
+
+struct DispatchRow {
+    const char* option;
+    void (*run)(BackupSign& backupSign, const boost::program_options::variable_value& value);
+};
+
+using Value = boost::program_options::variable_value;
+using Paths = std::vector<std::string>;
+
+// The first row whose option was given is the command; any other on the same line is ignored.
+constexpr DispatchRow kDispatchTable[] = {
+    {"generate", [](BackupSign& sign, const Value&) { sign.GenerateSign(); }},
+    {"get-certificate", [](BackupSign& sign, const Value&) { printCertificate(sign); }},
+    {"sign-dump", [](BackupSign& sign, const Value& value) { sign.SignDump(value.as<Paths>()); }},
+    {"verify-dump", [](BackupSign& sign, const Value& value) { sign.VerifyDump(value.as<Paths>()); }},
+    {"sign", [](BackupSign& sign, const Value& value) { sign.SignXml(value.as<std::string>(), ""); }},
+    {"verify", [](BackupSign& sign, const Value& value) { sign.VerifyXml(value.as<std::string>(), ""); }},
+};
+
+void dispatch(const CommandLine& commandLine) {
+    BackupSign backupSign;
+    for (const DispatchRow& row : kDispatchTable) {
+        if (commandLine.has(row.option)) {
+            row.run(backupSign, commandLine.values()[row.option]);
+            return;
+        }
+    }
+    printHelp(commandLine.visible());
+}
+
+int dispatchGuarded(const CommandLine& commandLine, RunLifetime& run) {
+    try {
+        dispatch(commandLine);
+        return 0;
+    } catch (const ExTraceableBase<ExDefault>& e) {
+        if (LogFacade* log = GetLogFacade()) {
+            log->LogIfEnabled(kVerboseLevel, true, e);
+        }
+        std::cout << e.GetText() << std::endl;
+        return 1;
+    } catch (const boost::exception& e) {
+        // No exit code is told to the run on this path: its stop line says that none was reported.
+        logMessage(kVerboseLevel, "{}", boost::diagnostic_information(e, true));
+        throw;
+    } catch (...) {
+        run.SetExitCode(1);
+        throw;
+    }
+}
+
+/// Makes sure that descriptors 0 to 2 are taken. A caller may have closed them, and a log or a dump that was
+/// opened in their place would get what is printed.
+void reserveStandardStreams() {
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // open takes the lowest free number, which is this one. Opened the wrong way round, it fails as it
+        // did closed.
+        if (fcntl(fd, F_GETFD) == -1 && open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY) != fd) {
+            throw std::system_error(errno, std::generic_category(), "/dev/null");
+        }
+    }
+}
+
+int run(int argc, char** argv) {
+    reserveStandardStreams();
+    const CommandLine commandLine(argc, argv);
+    if (commandLine.values().empty() || commandLine.has("help")) {
+        printHelp(commandLine.visible());
+        return 1;
+    }
+    RunLifetime lifetime(argc, argv,
+                         {.sessionPath = commandLine.values()["session-path"].as<std::string>(),
+                          .verbose = commandLine.has("verbose"),
+                          .debug = commandLine.has("debug")});
+    const int result = dispatchGuarded(commandLine, lifetime);
+    lifetime.SetExitCode(result);
+    return result;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& e) {
+        logMessage(kVerboseLevel, "{}", e.what());
+        std::cout << "Error: " << e.what() << std::endl;
+    } catch (...) {
+        logMessage(kVerboseLevel, "Unknown error");
+        std::cout << "Unknown error" << std::endl;
+    }
+    return 1;
+}

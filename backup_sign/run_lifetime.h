@@ -1,0 +1,48 @@
+#pragma once
+
+// The bracket round the dispatch of a command: session, debug log, start and stop lines, the set-up that
+// every command needs, and profiling.
+
+#include "commons/debug_log.h"
+#include "commons/profiling.h"
+#include "commons/session.h"
+#include "commons/start_stop_logger.h"
+
+#include <optional>
+#include <string>
+
+struct RunOptions {
+    /// The session directory; without one there is no session and no log.
+    std::string sessionPath;
+    bool verbose = false;
+    bool debug = false;
+};
+
+/// Opened before the dispatch and closed, whatever happens, in the reverse order: the members are the stack,
+/// and the session goes last.
+class RunLifetime {
+public:
+    /// Raises what the opening of the session or of the debug log raises; what was opened by then is closed
+    /// again.
+    RunLifetime(int argc, char** argv, const RunOptions& options);
+
+    RunLifetime(const RunLifetime&) = delete;
+    RunLifetime& operator=(const RunLifetime&) = delete;
+
+    /// The exit code for the stop line. Without a call the line says that it is not reported.
+    void SetExitCode(int exitCode);
+
+private:
+    /// What only a run under a session has.
+    struct SessionBracket {
+        SessionBracket(int argc, char** argv, const RunOptions& options);
+
+        brask::SessionLifetimeController session;
+        brask::DebugLogLifetimeController debugLog;
+        brask::StartStopLogger startStop;
+    };
+
+    std::optional<SessionBracket> sessionBracket;
+    std::optional<brask::ProfilingContext> profiling;
+    std::optional<brask::ProfilingCommand> profiledCommand;
+};

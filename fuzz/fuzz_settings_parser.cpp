@@ -1,0 +1,14 @@
+// Any text is either parsed, and then survives rendering and parsing again, or raises ParseError.
+
+#include "commons/settings_parser.h"
+
+#include <cstdint>
+#include <string>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    try {
+        brask::SettingsParser().parse(std::string(reinterpret_cast<const char*>(data), size));
+    } catch (const brask::ParseError&) {
+    }
+    return 0;
+}
