@@ -1,0 +1,158 @@
+#include "tests/end_to_end/tool_fixture.h"
+
+#include <fstream>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace end_to_end;
+namespace fs = std::filesystem;
+
+class DumpTest : public ToolTest {
+protected:
+    std::vector<std::string> volumes(const std::vector<std::string>& contents) const {
+        std::vector<std::string> paths;
+        for (std::size_t i = 0; i < contents.size(); ++i) {
+            paths.push_back(dir.write("volume" + std::to_string(i), contents[i]));
+        }
+        return paths;
+    }
+
+    static std::vector<std::string> command(const std::string& option, std::vector<std::string> paths) {
+        paths.insert(paths.begin(), option);
+        return paths;
+    }
+};
+
+TEST_F(DumpTest, ADumpSignedInOneProcessVerifiesInAnother) {
+    const std::vector<std::string> paths = volumes({std::string(3'000'000, 'a'), "", "tail"});
+    expectSilentSuccess(command("--sign-dump", paths));
+    EXPECT_EQ(fs::file_size(paths[0]), 3'000'000U);
+    EXPECT_EQ(fs::file_size(paths[2]), 4U + 1196U);
+    expectSilentSuccess(command("--verify-dump", paths));
+
+    // Once more on top: the last document covers the dump and the first document.
+    expectSilentSuccess(command("--sign-dump", paths));
+    expectSilentSuccess(command("--verify-dump", paths));
+
+    // Cut into volumes in another way, the dump is the same.
+    const std::string joined =
+        dir.write("joined", test_support::readFile(paths[0]) + test_support::readFile(paths[2]));
+    expectSilentSuccess({"--verify-dump", joined});
+}
+
+TEST_F(DumpTest, EveryFailureHasItsTextAndLeavesTheVolumesAlone) {
+    const std::vector<std::string> paths = volumes({"first", "second"});
+    const std::string missing = dir.path("missing");
+    expectFailure({"--sign-dump", paths[0], missing}, "File " + missing + " not found");
+    expectFailure({"--verify-dump", missing}, "File " + missing + " not found");
+    expectFailure({"--sign-dump", dir.path()}, dir.path() + " is not regular file");
+    expectFailure({"--verify-dump", paths[1]}, "Dump is not signed");
+    EXPECT_EQ(test_support::readFile(paths[1]), "second");
+
+    expectSilentSuccess(command("--sign-dump", paths));
+    expectFailure({"--verify-dump", paths[1]}, "Digest is wrong");
+    expectFailure({"--verify-dump", paths[1], paths[0]}, "Dump is not signed");
+    const std::string signedLast = test_support::readFile(paths[1]);
+
+    std::string changed = signedLast;
+    changed[0] ^= 1;
+    dir.write("volume1", changed);
+    expectFailure(command("--verify-dump", paths), "Digest is wrong");
+
+    dir.write("volume1", "second<Signature xmlns=\"urn:x\"/>");
+    expectFailure(command("--verify-dump", paths),
+                  "Requred XML element is absent: n:SignedInfo/n:Reference/n:DigestValue");
+
+    dir.write("volume1", signedLast + "junk");
+    const Outcome outcome = tool(command("--verify-dump", paths));
+    EXPECT_EQ(outcome.out.rfind(
+                  "Unable to parse the signature: The XML file - was not parsed successfully with the "
+                  "following errors:\n",
+                  0),
+              0U)
+        << outcome.out;
+    EXPECT_EQ(outcome.status, 1);
+
+    dir.write("volume1", signedLast + "\n");
+    expectSilentSuccess(command("--verify-dump", paths));
+
+    expectSilentSuccess({"--generate"});
+    expectFailure(command("--verify-dump", paths), "Signature is wrong");
+}
+
+TEST_F(DumpTest, ALastVolumeThatIsEmptyWhenSignedNeverVerifies) {
+    const std::vector<std::string> paths = volumes({"first", ""});
+    expectSilentSuccess(command("--sign-dump", paths));
+    expectFailure(command("--verify-dump", paths), "Digest is wrong");
+}
+
+TEST_F(DumpTest, AVolumeThatCannotBeAppendedToIsNamed) {
+    // The kernel refuses to open a running program for writing, also for root.
+    fs::copy_file("/bin/sleep", dir.path("busy"));
+    const pid_t sleeper = fork();
+    if (sleeper == 0) {
+        execl(dir.path("busy").c_str(), "busy", "60", nullptr);
+        _exit(127);
+    }
+    while (fs::read_symlink("/proc/" + std::to_string(sleeper) + "/exe") != dir.path("busy")) {
+        usleep(1000);
+    }
+    expectFailure({"--sign-dump", dir.path("busy")}, "Unable to save sign to" + dir.path("busy"));
+    kill(sleeper, SIGKILL);
+    waitpid(sleeper, nullptr, 0);
+}
+
+TEST_F(DumpTest, StockToolsAgreeWithTheSignature) {
+    const std::string file = dir.write("dump", "some content");
+    expectSilentSuccess({"--sign-dump", file});
+    const std::string check = R"sh(
+        cd "$1"
+        head -c 12 dump >content
+        tail -c 1196 dump >document.xml
+        xmllint --noout document.xml
+        value() { xmllint --xpath "string(//*[local-name()='$1'])" document.xml | base64 -d; }
+        value SignatureValue >signature
+        openssl rsa -RSAPublicKey_in -in product/admin/htdocs/bu_pubkey.txt -pubout -out key.pem 2>/dev/null
+        openssl dgst -sha1 -verify key.pem -signature signature content
+        [ "$(value DigestValue | od -An -tx1 | tr -d ' \n')" = "$(openssl dgst -sha1 -r content | cut -d ' ' -f 1)" ]
+        [ "Modulus=$(value Modulus)" = "$(openssl rsa -pubin -in key.pem -noout -modulus)" ]
+        [ "$(value Exponent)" = 10001 ]
+    )sh";
+    EXPECT_EQ(shell(check, {dir.path()}), "Verified OK\n");
+}
+
+/// The peak resident memory, in KiB, of one run of the tool that must succeed.
+long peakMemory(const std::vector<std::string>& arguments) {
+    // Through a shell, since a child's peak begins with that of the process it was forked from.
+    std::vector<std::string> command{PEAK_MEMORY_PROGRAM, BACKUP_SIGN_PROGRAM};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    const Outcome outcome = runProgram(command);
+    EXPECT_EQ(outcome.status, 0) << outcome.out;
+    return std::stol(outcome.out);
+}
+
+TEST_F(DumpTest, VolumesAboveFourGigabytesTakeNoMoreMemoryThanSmallOnes) {
+    constexpr long kLimitKib = 16 * 1024;
+    const std::string small = dir.write("small", std::string(65536, 's'));
+    const std::string large = dir.write("large", "begin");
+    fs::resize_file(large, (4ULL << 30) + 4097);
+    for (const std::string& file : {small, large}) {
+        const long signing = peakMemory({"--sign-dump", file});
+        const long verifying = peakMemory({"--verify-dump", file});
+#ifndef __SANITIZE_ADDRESS__
+        EXPECT_LT(signing, kLimitKib) << file;
+        EXPECT_LT(verifying, kLimitKib) << file;
+#else
+        (void)signing, (void)verifying, (void)kLimitKib;
+#endif
+    }
+    // A change in front of the signature, beyond 4 GiB, is found.
+    std::fstream(large, std::ios::in | std::ios::out | std::ios::binary).seekp((4LL << 30) + 4000).put('x');
+    expectFailure({"--verify-dump", large}, "Digest is wrong");
+}
+
+} // namespace

@@ -1,0 +1,145 @@
+#include "tests/end_to_end/tool_fixture.h"
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <sstream>
+
+#include <unistd.h>
+
+namespace {
+
+using namespace end_to_end;
+using testing::HasSubstr;
+
+class SessionTest : public ToolTest {
+protected:
+    std::string session = dir.path("sessions/one");
+
+    std::string log() const { return test_support::readFile(session + "/migration.log"); }
+
+    /// Expects the texts in the log in this order, the first in its first line and the last in its last.
+    void expectLog(const std::vector<std::string>& texts) const {
+        const std::string content = log();
+        ASSERT_FALSE(content.empty());
+        EXPECT_THAT(content.substr(0, content.find('\n')), HasSubstr(texts.front()));
+        EXPECT_THAT(content.substr(content.rfind('\n', content.size() - 2) + 1), HasSubstr(texts.back()));
+        std::size_t position = 0;
+        for (const std::string& text : texts) {
+            position = content.find(text, position);
+            ASSERT_NE(position, std::string::npos) << text << "\nis missing or out of order in\n" << content;
+        }
+    }
+};
+
+TEST_F(SessionTest, LogTellsHowTheRunBeganWhatWentWrongAndHowItEnded) {
+    const std::string dump = dir.write("dump", "content");
+    const std::string option = "--session-path=" + session;
+    expectSilentSuccess({option, "--sign-dump", dump});
+    expectLog({"backup_sign started : " BACKUP_SIGN_PROGRAM " " + option + " --sign-dump " + dump,
+               "Failed to load backup sign certificate: Unable to get backup sign certificate: ",
+               "backup_sign finished. Exit code: 0"});
+
+    std::filesystem::remove(session + "/migration.log");
+    dir.write("dump", "changed" + test_support::readFile(dump).substr(7));
+    expectFailure({option, "--verify-dump", dump}, "Digest is wrong");
+    expectLog(
+        {"backup_sign started : ", "VerifyError Digest is wrong [", "backup_sign finished. Exit code: 1"});
+
+    // Not an error of the family: it leaves the bracket as an exception.
+    std::filesystem::remove(session + "/migration.log");
+    const std::string tooLong(300, 'x');
+    const Outcome outcome = tool({option, "--sign-dump", tooLong});
+    EXPECT_EQ(outcome.out.rfind("Error: filesystem error: ", 0), 0U) << outcome.out;
+    EXPECT_EQ(outcome.status, 1);
+    expectLog({"backup_sign started : ", "backup_sign finished. Exit code: 1"});
+    EXPECT_EQ(log().find("PRIVATE KEY"), std::string::npos);
+}
+
+TEST_F(SessionTest, StartLineRunsTheSameCommandWhenPastedIntoAShell) {
+    const std::string dump = dir.path("a 'b' \"c\"\n$(touch x);\xff*");
+    std::ofstream(dump) << "content";
+    tool({"--session-path=" + session, "--verify-dump", dump, ""});
+    const std::string content = log();
+    const std::string mark = "backup_sign started : ";
+    const std::size_t begin = content.find(mark) + mark.size();
+    const std::string command = content.substr(begin, content.find(" ''\n", begin) + 3 - begin);
+    std::filesystem::remove_all(session);
+    EXPECT_EQ(shell("cd \"$1\" && eval \"$2\" || true; ls x 2>/dev/null || true", {dir.path(), command}),
+              "File  not found\n");
+    EXPECT_EQ(log().substr(log().find(mark), command.size() + mark.size()), mark + command);
+}
+
+TEST_F(SessionTest, RunWithoutASessionLeavesNoTrace) {
+    const std::string dump = dir.write("dump", "content");
+    expectSilentSuccess({"--generate"});
+    const auto listing = [this] { return shell("cd \"$1\" && find . | sort", {dir.path()}); };
+    const std::string before = listing();
+    EXPECT_EQ(tool({"--sign-dump", dump, "--verbose", "--debug"}).out, "");
+    EXPECT_EQ(tool({"--session-path=", "--sign-dump", dump, "--debug"}).err, "");
+    EXPECT_EQ(listing(), before);
+}
+
+TEST_F(SessionTest, DebugAlsoReachesStandardErrorAndCustomLogItsFile) {
+    const Outcome outcome = tool({"--session-path=" + session + "/", "--debug", "--verify-dump", "missing"},
+                                 {{"CUSTOM_LOG", dir.path("custom.log")}});
+    EXPECT_EQ(outcome.out, "File missing not found\n");
+    const std::string line = "FileNotFoundError File missing not found";
+    EXPECT_THAT(outcome.err, HasSubstr(line));
+    EXPECT_THAT(test_support::readFile(dir.path("custom.log")), HasSubstr(line));
+    EXPECT_THAT(log(), HasSubstr(line));
+    EXPECT_EQ(shell("stat -c %a \"$1\"", {session + "/migration.log"}), "640\n");
+}
+
+TEST_F(SessionTest, WhatKeepsTheSessionOrItsLogFromOpeningEndsTheRun) {
+    const std::string file = dir.write("file", "content");
+    const std::string unable = "Error: Unable to create session: Unable to create session directory";
+    expectFailure({"--session-path=" + file, "--sign-dump", file}, unable);
+    expectFailure({"--session-path=/proc/self/none", "--sign-dump", file}, unable);
+
+    const std::string properties = productPath("BMM/log4cpp.properties");
+    std::ofstream(properties) << "log4j.appender.A=NoSuchAppender\nlog4j.rootCategory=DEBUG, A\n";
+    const Outcome broken = tool({"--session-path=" + session, "--sign-dump", file});
+    EXPECT_EQ(broken.out.rfind("Error: ", 0), 0U) << broken.out;
+    EXPECT_EQ(broken.status, 1);
+    std::filesystem::remove(properties);
+    expectFailure({"--session-path=" + session, "--sign-dump", file},
+                  "Error: File " + properties + " does not exist");
+    EXPECT_EQ(test_support::readFile(file), "content");
+    EXPECT_FALSE(std::filesystem::exists(session + "/migration.log"));
+}
+
+TEST_F(SessionTest, ProfileGetsTwoRecordsAndNothingElseDependsOnIt) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root may give the profile to the panel's group";
+    }
+    const std::string dump = dir.write("dump", "content");
+    expectSilentSuccess({"--sign-dump", dump});
+    const auto profiled = [&](const std::map<std::string, std::string>& env) {
+        std::filesystem::remove(dir.path("profile.log"));
+        EXPECT_EQ(tool({"--verify-dump", dump}, env).status, 0);
+        return std::filesystem::exists(dir.path("profile.log"))
+                   ? test_support::readFile(dir.path("profile.log"))
+                   : "";
+    };
+    const std::string time = "\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3}";
+    std::istringstream records(profiled({{"CUSTOM_LOG", dir.path("custom.log")}}));
+    std::string start;
+    std::string finish;
+    std::string more;
+    std::getline(records, start);
+    std::getline(records, finish);
+    EXPECT_FALSE(std::getline(records, more)) << more;
+    EXPECT_THAT(start, testing::StartsWith(R"({"attributes":{"process.command_line":")" BACKUP_SIGN_PROGRAM
+                                           " --verify-dump " +
+                                           dump + R"(","process.runtime.name":"GNU C++"},"guid":")"));
+    EXPECT_THAT(start, HasSubstr(R"("name":"backup_sign --verify-dump","start":")"));
+    EXPECT_THAT(finish, testing::StartsWith(R"({"attributes":{},"finish":")"));
+    const auto guid = [](const std::string& record) { return record.substr(record.find("\"guid\":\""), 45); };
+    EXPECT_EQ(guid(start), guid(finish));
+
+    EXPECT_EQ(profiled({{"CUSTOM_LOG", dir.path("custom.log")}, {"BMM_PROFILE_ASYNC_RUN", "1"}}), "");
+    EXPECT_EQ(profiled({{"CUSTOM_LOG", "/proc/none/custom.log"}}), "");
+}
+
+} // namespace

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "tests/support/temp_dir.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace end_to_end {
+
+/// What a run of a program left behind.
+struct Outcome {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+/// Runs `command` (program, then arguments) to its end, with `env` on top of this process's environment.
+Outcome runProgram(const std::vector<std::string>& command,
+                   const std::map<std::string, std::string>& env = {}, const std::string& input = {});
+
+/// Runs a script with /bin/sh in which "$1" and so on are `arguments`; fails the test when it fails.
+std::string shell(const std::string& script, const std::vector<std::string>& arguments = {});
+
+/// The built program with a product tree of the test's own. The program's compiled-in configuration file,
+/// which lies in the build tree, names that product tree for the time of the test; CTest never runs two of
+/// these tests at once.
+class ToolTest : public testing::Test {
+protected:
+    ToolTest();
+    ~ToolTest() override;
+
+    Outcome tool(const std::vector<std::string>& arguments,
+                 const std::map<std::string, std::string>& env = {}, const std::string& input = {}) const;
+
+    /// Runs the tool and expects `text` and a line end on standard output, nothing on standard error, and
+    /// exit code 1.
+    void expectFailure(const std::vector<std::string>& arguments, const std::string& text) const;
+    /// Runs the tool and expects no output at all and exit code 0.
+    void expectSilentSuccess(const std::vector<std::string>& arguments) const;
+
+    std::string productPath(const std::string& name) const { return dir.path("product/" + name); }
+
+    /// Puts a shell script in the place of the key pair's helper; the real one stays as "$REAL".
+    void replaceHelper(const std::string& script) const;
+
+    test_support::TempDir dir;
+
+private:
+    std::string savedConfiguration;
+};
+
+} // namespace end_to_end
