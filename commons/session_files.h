@@ -19,6 +19,9 @@ public:
     /// std::filesystem::filesystem_error when the path can't be looked at.
     explicit SessionFiles(const std::string& path);
 
+    /// The directory, as the caller gave it.
+    const std::string& getPath() const { return path_; }
+
     /// The files of a session. None of these functions touches the disk.
     std::string getLogFile() const;    ///< the debug log
     std::string getResultFile() const; ///< the XML execution log
@@ -33,7 +36,7 @@ public:
     void remove();
 
 private:
-    std::string path_; // as the caller gave it
+    std::string path_;
 };
 
 /// The session of this process, null when it has none. Owned by SessionLifetimeController.

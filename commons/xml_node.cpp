@@ -19,4 +19,9 @@ std::string getNodeContent(xmlNode* node) {
     return fromXml(content.get());
 }
 
+std::string getAttributeOrEmpty(xmlNode* node, cstring& name) {
+    const tXmlCharPtr value(xmlGetProp(node, toXml(name)));
+    return value.get() == nullptr ? "" : fromXml(value.get());
+}
+
 } // namespace brask

@@ -38,4 +38,7 @@ XmlNode addChildNode(tXmlBmmDocument& document, xmlNode* parent, cstring& name);
 /// All the text below `node`. Raises std::logic_error for a node that has no content to tell, such as null.
 std::string getNodeContent(xmlNode* node);
 
+/// The value of an attribute, empty when there is none.
+std::string getAttributeOrEmpty(xmlNode* node, cstring& name);
+
 } // namespace brask
