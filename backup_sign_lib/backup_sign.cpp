@@ -22,7 +22,7 @@ namespace {
 
 /// The utility that keeps the pair. Its input and output hold the private key, so it is run by exec(), whose
 /// failures name neither.
-class Helper : public ExecCmd {
+class Helper final : public ExecCmd {
 public:
     explicit Helper(const char* request) : ExecCmd(getAdminBinPath("backup_restore_helper")) {
         addArg(request);

@@ -23,8 +23,9 @@ void buildEncodingTable() {
 
 void buildDecodingTable() {
     table.fill(kInvalid);
-    for (unsigned char value = 0; value < kAlphabet.size(); ++value) {
-        table[static_cast<unsigned char>(kAlphabet[value])] = value;
+    unsigned char value = 0;
+    for (const char character : kAlphabet) {
+        table[static_cast<unsigned char>(character)] = value++;
     }
     table['='] = 0;
 }

@@ -11,8 +11,6 @@
 #include <map>
 #include <memory>
 
-#include <stdio.h>
-
 namespace brask {
 
 namespace {
