@@ -35,6 +35,8 @@ protected:
     KeyPairStore() {
         std::filesystem::create_directories(root.path("admin/htdocs"));
         setHelper("cat pair", "cat > pair");
+        const auto [privateKey, publicKey] = generateServerKeypair();
+        root.write("pair", privateKey + "\n\n" + publicKey);
     }
 
     /// The helper runs `get` or `set` in the product root, and notes its call and its surroundings.
@@ -87,10 +89,6 @@ protected:
         return text;
     }
 
-    void storePair(const std::pair<std::string, std::string>& keys) const {
-        root.write("pair", keys.first + "\n\n" + keys.second);
-    }
-
     std::string storedPair() const { return readFile(root.path("pair")); }
 
     static constexpr const char* kHelper = "admin/bin/backup_restore_helper";
@@ -116,7 +114,6 @@ protected:
 };
 
 TEST_F(KeyPairStore, GeneratingReplacesThePairAndPublishesItsPublicKey) {
-    storePair(generateServerKeypair());
     const std::string old = storedPair();
     root.write("admin/htdocs/bu_pubkey.txt", std::string(4096, 'x'));
 
@@ -134,7 +131,6 @@ TEST_F(KeyPairStore, GeneratingReplacesThePairAndPublishesItsPublicKey) {
 }
 
 TEST_F(KeyPairStore, AFetchedPairServesAllCommandsOfTheProcess) {
-    storePair(generateServerKeypair());
     // The line feeds move at the boundary, so the output is again what is stored.
     EXPECT_THAT(run({signDump, verifyDump, printCertificate}), ElementsAre("", "", storedPair()));
     EXPECT_EQ(calls(), "g");
@@ -206,7 +202,6 @@ TEST_F(KeyPairStore, ANewPairIsInForceThoughItCannotBePublished) {
 }
 
 TEST_F(KeyPairStore, AFailedStoreLeavesThePairAsItWas) {
-    storePair(generateServerKeypair());
     setHelper("cat pair", "exit 1");
     EXPECT_THAT(run({printCertificate, generate, printCertificate}),
                 ElementsAre(storedPair(),
@@ -216,7 +211,6 @@ TEST_F(KeyPairStore, AFailedStoreLeavesThePairAsItWas) {
 }
 
 TEST_F(KeyPairStore, AfterAFailedLoadTheHelperIsAskedUntilAPairIsStored) {
-    storePair(generateServerKeypair());
     setHelper("test -e ready && cat pair", "cat > pair");
     const Step makeReady = [this] { root.write("ready", ""); };
     const Step store = [this] { sign.StoreServerKeypair("private", "public"); };
@@ -228,7 +222,6 @@ TEST_F(KeyPairStore, AfterAFailedLoadTheHelperIsAskedUntilAPairIsStored) {
 }
 
 TEST_F(KeyPairStore, ValidityIsAskedWithoutErrors) {
-    storePair(generateServerKeypair());
     Digest digest;
     digest.update("x", 1);
     const auto aloud = [](const std::function<bool()>& question) -> Step {

@@ -1,9 +1,9 @@
 #include "backup_sign_lib/digest.h"
 #include "backup_sign_lib/sign_errors.h"
+#include "tests/support/thrown_text.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <openssl/err.h>
 #include <openssl/evp.h>
 
 namespace {
@@ -32,23 +32,9 @@ TEST(Digest, IsTheSha1OfAllThatWasAdded) {
 TEST(Digest, FailureCarriesTheReasonOfOpenssl) {
     // A property that no provider here has: OpenSSL finds no SHA-1 then.
     ASSERT_EQ(EVP_set_default_properties(nullptr, "provider=none"), 1);
-    try {
-        const Digest digest;
-        ADD_FAILURE() << "nothing raised";
-    } catch (const Error<&DigestCalculationError>& e) {
-        EXPECT_THAT(e.GetText(), testing::MatchesRegex("Cannot set up digest type: error:.*unsupported.*\n"));
-    }
+    EXPECT_THAT(test_support::thrownText<Error<&DigestCalculationError>>([] { const Digest digest; }),
+                testing::MatchesRegex("Cannot set up digest type: error:.*unsupported.*\n"));
     EVP_set_default_properties(nullptr, "");
-}
-
-TEST(OpenSslErrors, AreDrainedOldestFirstOnALineEach) {
-    ERR_clear_error();
-    EXPECT_EQ(getOpenSslErrors(), "");
-    ERR_raise(ERR_LIB_RSA, 101);
-    ERR_raise(ERR_LIB_PEM, 102);
-    const std::string text = getOpenSslErrors();
-    EXPECT_THAT(text, testing::MatchesRegex("error:.*rsa routines[^\n]*\nerror:.*PEM routines[^\n]*\n"));
-    EXPECT_EQ(getOpenSslErrors(), "");
 }
 
 } // namespace

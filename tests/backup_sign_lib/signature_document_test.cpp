@@ -11,56 +11,39 @@ namespace {
 using namespace brask;
 using test_support::openssl;
 
-std::string inLinesOf71(const std::string& text) {
-    std::string lines;
-    for (size_t i = 0; i < text.size(); ++i) {
-        lines += text[i];
-        if ((i + 1) % 71 == 0) {
-            lines += '\n';
-        }
-    }
-    return lines;
-}
-
 std::shared_ptr<SignatureData> parse(const std::string& text) {
     tXmlBmmDocument document(text);
     document.initFileDoc(nullptr);
     return parseSignXml(document);
 }
 
-/// The document, with its values taken from the openssl command line alone.
-std::string opensslDocument(const std::string& keyPath, const std::string& dataPath) {
-    const std::string thenBase64 = " | " OPENSSL_EXECUTABLE " base64 -A";
-    const std::string key = keyPath + " ";
-    // "Modulus=" in front and a line feed at the end are no part of the number.
-    const std::string modulus =
-        openssl("rsa -noout -modulus -in " + key + " | cut -c 9- | tr -d '\\n'" + thenBase64);
-    return "<Signature xmlns=\"http://www.w3.org/2000/09/xmldsig#\">\n"
-           "<SignedInfo>\n"
-           "<CanonicalizationMethod Algorithm=\"http://www.w3.org/TR/2001/REC-xml-c14n-20010315\"/>\n"
-           "<SignatureMethod Algorithm=\"http://www.w3.org/2000/09/xmldsig#rsa-sha1\"/>\n"
-           "<Reference>\n"
-           "<Transforms>\n"
-           "<Transform Algorithm=\"http://www.w3.org/2000/09/xmldsig#enveloped-signature\"/>\n"
-           "</Transforms>\n"
-           "<DigestMethod Algorithm=\"http://www.w3.org/2000/09/xmldsig#sha1\"/>\n"
-           "<DigestValue>" +
-           openssl("dgst -sha1 -binary " + dataPath + thenBase64) +
-           "</DigestValue>\n"
-           "</Reference>\n"
-           "</SignedInfo>\n"
-           "<SignatureValue>" +
-           inLinesOf71(openssl("dgst -sha1 -sign " + key + dataPath + thenBase64)) +
-           "</SignatureValue>\n"
-           "<KeyInfo><KeyName>bsabackup.pem</KeyName>\n"
-           "<RSAKeyValue>\n"
-           "<Modulus>" +
-           inLinesOf71(modulus) +
-           "</Modulus>\n"
-           "<Exponent>MTAwMDE=</Exponent>\n"
-           "</RSAKeyValue>\n"
-           "</KeyInfo>\n"
-           "</Signature>";
+/// The document with its values taken from the openssl command line alone.
+std::string opensslDocument(const std::string& key, const std::string& data) {
+    const auto value = [](const std::string& command) {
+        return openssl(command + " | " OPENSSL_EXECUTABLE " base64 -A | fold -w 71");
+    };
+    return R"(<Signature xmlns="http://www.w3.org/2000/09/xmldsig#">
+<SignedInfo>
+<CanonicalizationMethod Algorithm="http://www.w3.org/TR/2001/REC-xml-c14n-20010315"/>
+<SignatureMethod Algorithm="http://www.w3.org/2000/09/xmldsig#rsa-sha1"/>
+<Reference>
+<Transforms>
+<Transform Algorithm="http://www.w3.org/2000/09/xmldsig#enveloped-signature"/>
+</Transforms>
+<DigestMethod Algorithm="http://www.w3.org/2000/09/xmldsig#sha1"/>
+<DigestValue>)" +
+           value("dgst -sha1 -binary " + data) +
+           "</DigestValue>\n</Reference>\n</SignedInfo>\n<SignatureValue>" +
+           value("dgst -sha1 -sign " + key + " " + data) + R"(</SignatureValue>
+<KeyInfo><KeyName>bsabackup.pem</KeyName>
+<RSAKeyValue>
+<Modulus>)" +
+           // "Modulus=" in front and the line feed behind are no part of the number.
+           value("rsa -noout -modulus -in " + key + " | cut -c 9- | tr -d '\\n'") + R"(</Modulus>
+<Exponent>MTAwMDE=</Exponent>
+</RSAKeyValue>
+</KeyInfo>
+</Signature>)";
 }
 
 TEST(SignatureDocument, IsToTheByteWhatOpensslsValuesGiveAndReadsBack) {
@@ -73,14 +56,11 @@ TEST(SignatureDocument, IsToTheByteWhatOpensslsValuesGiveAndReadsBack) {
     EXPECT_EQ(document.size(), 1196U);
 
     const auto data = parse(document);
-    const auto between = [&](const std::string& name) {
-        const size_t begin = document.find("<" + name + ">") + name.size() + 2;
-        return document.substr(begin, document.find("</" + name + ">") - begin);
-    };
-    EXPECT_EQ(data->digestValue, between("DigestValue"));
-    EXPECT_EQ(data->signatureValue, between("SignatureValue"));
-    EXPECT_EQ(data->modulus, between("Modulus"));
-    EXPECT_EQ(data->exponent, between("Exponent"));
+    for (const std::string& element :
+         {"<DigestValue>" + data->digestValue + "</", "<SignatureValue>" + data->signatureValue + "</",
+          "<Modulus>" + data->modulus + "</", "<Exponent>" + data->exponent + "</"}) {
+        EXPECT_NE(document.find(element), std::string::npos) << element;
+    }
 }
 
 TEST(SignatureDocument, NamesTheFirstElementThatIsMissing) {
