@@ -5,6 +5,7 @@
 #include <libxml/parser.h>
 #include <libxml/xmlerror.h>
 
+#include <cstdio>
 #include <memory>
 #include <ostream>
 #include <string_view>
@@ -40,6 +41,31 @@ void parseInto(ttPtrWrapper<xmlDoc*, xmlFreeDoc>& holder, const char* name, Pars
         BRASK_THROW(tError_ParseFile, name, *errors);
     }
     xmlSetGenericErrorFunc(nullptr, nullptr);
+}
+
+void ignoreXmlError(void* /*context*/, const char* /*format*/, ...) {}
+
+/// Keeps libxml2 from writing to standard error while it lives, for calls whose failure is told by an
+/// exception.
+class QuietXmlErrors {
+public:
+    QuietXmlErrors() : handler(xmlGenericError), context(xmlGenericErrorContext) {
+        xmlSetGenericErrorFunc(nullptr, ignoreXmlError);
+    }
+
+    QuietXmlErrors(const QuietXmlErrors&) = delete;
+    QuietXmlErrors& operator=(const QuietXmlErrors&) = delete;
+
+    ~QuietXmlErrors() { xmlSetGenericErrorFunc(context, handler); }
+
+private:
+    xmlGenericErrorFunc handler;
+    void* context;
+};
+
+/// libxml2's name for standard input and output.
+bool isStandardStream(const char* filename) {
+    return std::string_view(filename) == "-";
 }
 
 int writeToStream(void* context, const char* buffer, int length) {
@@ -129,7 +155,7 @@ void tXmlDocument::createNewDoc() {
 
 int tXmlDocument::readFromFile(const char* filename) {
     requireFileName(filename);
-    if (std::string_view(filename) != "-" && !isRegularFile(filename)) {
+    if (!isStandardStream(filename) && !isRegularFile(filename)) {
         BRASK_THROW(tError_WrongInputFile, filename);
     }
     parseInto(doc_, filename, [filename] { return xmlReadFile(filename, nullptr, kParseOptions); });
@@ -138,9 +164,11 @@ int tXmlDocument::readFromFile(const char* filename) {
 
 void tXmlDocument::saveToFile(const char* filename, const char* encoding) {
     requireFileName(filename);
+    const QuietXmlErrors quiet;
     const int written = encoding == nullptr ? xmlSaveFile(filename, doc_.get())
                                             : xmlSaveFileEnc(filename, doc_.get(), encoding);
-    if (written < 0) {
+    // libxml2 flushes standard output without a look at the result.
+    if (written < 0 || (isStandardStream(filename) && std::ferror(stdout) != 0)) {
         BRASK_THROW(tError_SaveFile, filename);
     }
 }

@@ -95,6 +95,8 @@ TEST_F(CommandLineTest, LegacySignCopiesAndVerifyUnwraps) {
     expectFailure({"verify", dir.path("missing.xml")},
                   "The XML file does not exist or is not a regular file. Check the file '" +
                       dir.path("missing.xml") + "'");
+    EXPECT_EQ(shell("\"$1\" verify \"$2\" 2>&1 >/dev/full || echo failed", {BACKUP_SIGN_PROGRAM, envelope}),
+              "failed\n");
     EXPECT_FALSE(std::filesystem::exists(productPath("admin/htdocs/bu_pubkey.txt"))) << "no key is needed";
 }
 
