@@ -10,16 +10,6 @@ namespace brask {
 
 namespace {
 
-// Rows of the runtime configuration's table of variables.
-enum ConfRow : unsigned {
-    kMailnamesDir = 1,
-    kMailmanVarDir = 10,
-    kMailmanRootDir = 11,
-    kPgsqlBinDir = 13,
-    kMysqlBinDir = 14,
-    kVhostsDir = 25,
-};
-
 bool isPresent(const std::string& path) {
     const auto type = std::filesystem::status(path).type();
     return type != std::filesystem::file_type::not_found && type != std::filesystem::file_type::none;

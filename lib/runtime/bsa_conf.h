@@ -36,12 +36,14 @@ struct BsaConf {
 inline constexpr unsigned kBsaConfRows = 31;
 
 /// Rows that are asked for by number.
-inline constexpr unsigned kRowMailnamesDir = 1;
-inline constexpr unsigned kRowMailmanVarDir = 10;
-inline constexpr unsigned kRowMailmanRootDir = 11;
-inline constexpr unsigned kRowPgsqlBinDir = 13;
-inline constexpr unsigned kRowMysqlBinDir = 14;
-inline constexpr unsigned kRowHttpdVhostsDir = 25;
+enum BsaConfRow : unsigned {
+    kMailnamesDir = 1,
+    kMailmanVarDir = 10,
+    kMailmanRootDir = 11,
+    kPgsqlBinDir = 13,
+    kMysqlBinDir = 14,
+    kVhostsDir = 25,
+};
 
 /// Adds the pairs of one file to `conf`. Returns 0, or -1 with errno set when the file can't be opened or
 /// read or memory runs out; `conf` then holds what was read so far, for bsaConfFree.

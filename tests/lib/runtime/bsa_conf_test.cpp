@@ -200,12 +200,12 @@ TEST(BsaConf, NamesOutsideTheTableHaveNoDefault) {
 }
 
 TEST(BsaConf, RowsAskedForByNumberAreThoseMeant) {
-    EXPECT_STREQ(bsaConfNames[kRowMailnamesDir], "BRASK_MAILNAMES_D");
-    EXPECT_STREQ(bsaConfNames[kRowMailmanVarDir], "MAILMAN_VAR_D");
-    EXPECT_STREQ(bsaConfNames[kRowMailmanRootDir], "MAILMAN_ROOT_D");
-    EXPECT_STREQ(bsaConfNames[kRowPgsqlBinDir], "PGSQL_BIN_D");
-    EXPECT_STREQ(bsaConfNames[kRowMysqlBinDir], "MYSQL_BIN_D");
-    EXPECT_STREQ(bsaConfNames[kRowHttpdVhostsDir], "HTTPD_VHOSTS_D");
+    EXPECT_STREQ(bsaConfNames[kMailnamesDir], "BRASK_MAILNAMES_D");
+    EXPECT_STREQ(bsaConfNames[kMailmanVarDir], "MAILMAN_VAR_D");
+    EXPECT_STREQ(bsaConfNames[kMailmanRootDir], "MAILMAN_ROOT_D");
+    EXPECT_STREQ(bsaConfNames[kPgsqlBinDir], "PGSQL_BIN_D");
+    EXPECT_STREQ(bsaConfNames[kMysqlBinDir], "MYSQL_BIN_D");
+    EXPECT_STREQ(bsaConfNames[kVhostsDir], "HTTPD_VHOSTS_D");
     EXPECT_STREQ(bsaConfNames[kBsaConfRows - 1], "_MAX_POSSIBLE_BSA_CONF_VAR_NAME");
 }
 
