@@ -41,11 +41,9 @@ void LogSetLevel(int level);
 /// The options of the last LogInit for syslog, the process id's bit included.
 int LogGetOptions();
 
-/// Prints a message to standard error and to standard output, with the program's name in front and, if errno
-/// is set,
-/// "\nSystem error <number>: <text>" behind; then ends the process by exit(exitCode), unless that is 0. The
-/// message may have any length. A call with 0
-/// returns, so the function can't be marked as one that doesn't.
+/// Tells a fatal condition: prints the message to standard error and to standard output, with the program's
+/// name in front and, if errno is set, "\nSystem error <number>: <text>" behind. The message may have any
+/// length. Then ends the process by exit(exitCode); a call with 0 returns, and is the only one that does.
 void ErrorExit(int exitCode, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 } // namespace brask

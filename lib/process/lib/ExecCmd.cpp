@@ -89,10 +89,9 @@ int ExecCmd::execute() {
 
 void ExecCmd::reportError() const {
     // The position is a fixed one: it belongs to the text that readers of the logs know this failure by.
-    ExFailed failure("void brask::ExecCmd::reportError() const", "lib/process/lib/ExecCmd", 76);
-    failure % toString() % status % block("Stdin", stdinData) % block("Stdout", stdoutData) %
-        block("Stderr", stderrData) % block("Last error", lastError);
-    throw failure;
+    throw ExFailed("void brask::ExecCmd::reportError() const", "lib/process/lib/ExecCmd", 76) % toString() %
+        status % block("Stdin", stdinData) % block("Stdout", stdoutData) % block("Stderr", stderrData) %
+        block("Last error", lastError);
 }
 
 std::string ExecCmd::describeResult() const {

@@ -49,6 +49,7 @@ void p_setuid_core(const char* user, unsigned flags) {
     char* home = nullptr;
     if (lookupUser(user, &uid, &gid, &home) != 0) {
         ErrorExit(1, "User '%s' not found", user);
+        return; // not reached: an exit code other than 0 ends the process, here and below
     }
     if ((flags & kSetuidChangeDirectory) != 0 && chdir(home) != 0) {
         ErrorExit(1, "Cannot chdir to '%s' homedir '%s'", user, home);

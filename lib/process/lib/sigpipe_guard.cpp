@@ -1,9 +1,8 @@
 #include "lib/process/lib/sigpipe_guard.h"
 
 #include <cerrno>
+#include <csignal>
 #include <ctime>
-
-#include <signal.h>
 
 namespace brask {
 

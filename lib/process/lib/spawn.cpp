@@ -6,10 +6,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <exception>
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/select.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -68,7 +68,7 @@ public:
                 round();
             } catch (...) {
                 kill(child, SIGTERM);
-                const std::exception_ptr failure = std::current_exception();
+                std::exception_ptr failure = std::current_exception();
                 closeStream(inputFd);
                 closeStream(outputFd);
                 closeStream(errorFd);

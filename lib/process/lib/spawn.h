@@ -8,39 +8,36 @@
 //     const int status = forkExecvGetOutErr(output, error, {"/bin/ls", "-l", "/"});
 //     // status: the exit code, or -1 when a signal ended the child
 //
+// Arguments: `path` is searched for in PATH when it has no slash. `argv` ends with a null entry and stays the
+// caller's. An empty `user` is no switch of identity; neither is root nor an unknown account: the child then
+// runs as the caller. `chdirToHome` counts only where there is a switch. The variables of `env` win over
+// inherited ones of the same name. -1 as a descriptor stands for /dev/null.
+//
 // What to know before using it:
 //
-// - Deadlock. The forkExecvGetOutErr family moves input and both outputs in one loop, so neither side waits
-// for the
-//   other however much either writes. Whoever calls forkExecvPipes with pipes of their own has to see to
-//   that.
-// - No timeout. A child that neither exits nor closes its output holds the caller for ever.
-// - Grandchildren. The loop ends at the end of both outputs, not at the child's exit. A background process
-// that the
-//   child leaves behind and that keeps a pipe open holds the caller until it ends.
-// - SIGPIPE keeps its disposition. A child that closes its standard input before it has read everything kills
-// the
-//   caller, unless a SigpipeGuard (sigpipe_guard.h) lives round the call.
-// - Memory. The string forms collect without a bound, and append to what the strings hold.
-// - Descriptors. select() is used: the process must not have more than FD_SETSIZE descriptors open. If pipe()
-// or
-//   fcntl() fail the whole process ends through ErrorExit; if fork() fails the pipes stay open.
-// - The forked child, until it has executed the program, is a copy of the caller:
-//   - A program that can't be executed ends it by exit(1) with the reason on both of its outputs. As exit()
-//   it is,
-//     atexit handlers and static destructors run there too, and stdio buffers that the caller had not flushed
-//     are written to the pipes: flush before the call.
-//   - An exception raised there is not caught there. It unwinds the caller's stack inside the child, which
-//   goes on
-//     as a second copy of the caller, while the caller sees nothing but the end of the output.
-//   - All descriptors above 2 are closed, and the environment is the caller's plus `env`.
-// - -1 as one of forkExecvPipes' descriptors stands for /dev/null.
-// - errno. After a good run it is most often EAGAIN, left by the last read.
+// Deadlock. The forkExecvGetOutErr family moves input and both outputs in one loop, so neither side waits for
+// the other however much either writes. Whoever calls forkExecvPipes has to see to that.
 //
-// `path` is searched for in PATH when it has no slash. `argv` ends with a null entry and stays the caller's.
-// An empty `user` is no switch of identity; neither is root nor an unknown account: the child then runs as
-// the caller. `chdirToHome` counts only where there is a switch. The variables of `env` win over those of the
-// same name.
+// No timeout. A child that neither exits nor closes its output holds the caller for ever.
+//
+// Grandchildren. The loop ends at the end of both outputs, not at the child's exit. A background process that
+// the child leaves behind with a pipe open holds the caller until it ends.
+//
+// SIGPIPE keeps its disposition. A child that closes its standard input before it has read everything kills
+// the caller, unless a SigpipeGuard (sigpipe_guard.h) lives round the call.
+//
+// Limits. The string forms collect without a bound. As select() is used, descriptors must stay below
+// FD_SETSIZE. Where pipe() or fcntl() fails the whole process ends through ErrorExit; where fork() fails the
+// three pipes stay open.
+//
+// The forked child. Until it has executed the program it is a copy of the caller, less the descriptors above
+// 2. A program that can't be executed ends it by exit(1), with the reason on both of its outputs: atexit
+// handlers and static destructors run there too, and stdio text that the caller had not flushed goes to the
+// pipes, so flush before the call. An exception raised there is not caught there. It unwinds the caller's
+// stack inside the child, which goes on as a second copy of the caller, while the caller sees nothing but the
+// end of the output.
+//
+// errno. After a good run it is most often EAGAIN, left by the last read.
 
 #include "lib/process/lib/closefrom.h"
 
@@ -104,10 +101,10 @@ int forkExecvGetOutErr(std::string& output, std::string& error, const std::vecto
 /// And as the caller's user with the caller's environment.
 int forkExecvGetOutErr(std::string& output, std::string& error, const std::vector<std::string>& args);
 
-/// Makes `newFd` a copy of `oldFd` (of /dev/null opened for reading and writing, if that is -1) and closes
-/// `oldFd`, unless they are equal. Returns what dup2 returns, a failure included. `newFd` must be open if
-/// `oldFd` is -1: else /dev/null may come to lie on `newFd` itself, and is closed. Raises
-/// SystemError("dup2Custom failed") when /dev/null can't be opened.
+/// Makes `newFd` a copy of `oldFd`, or of /dev/null opened for reading and writing if that is -1, and closes
+/// `oldFd`; does nothing if the two are equal. Returns what dup2 returns, its failure included. With -1,
+/// `newFd` must be open: /dev/null may come to lie on a closed one at once, and is then closed again.
+/// Raises SystemError("dup2Custom failed") when /dev/null can't be opened.
 int dup2Custom(int oldFd, int newFd);
 
 } // namespace brask

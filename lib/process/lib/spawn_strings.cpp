@@ -1,6 +1,5 @@
 #include "lib/process/lib/spawn.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -19,8 +18,7 @@ struct StringIoContext {
 
 size_t takeInput(char* buffer, size_t capacity, void* context) {
     auto& io = *static_cast<StringIoContext*>(context);
-    const size_t length = std::min(capacity, io.input->size() - io.inputOffset);
-    memcpy(buffer, io.input->data() + io.inputOffset, length);
+    const size_t length = io.input->copy(buffer, capacity, io.inputOffset);
     io.inputOffset += length;
     return length;
 }
