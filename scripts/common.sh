@@ -39,7 +39,7 @@ configure() {
 
 # build PRESET [TARGET…]: configures and builds, one script at a time.
 build() {
-    if ! mkdir -p "$repo/build" || ! touch "$repo/build/.lock"; then
+    if ! mkdir -p "$repo/build" 2>/dev/null || ! touch "$repo/build/.lock" 2>/dev/null; then
         die "this user can't write $repo/build"
     fi
     (
