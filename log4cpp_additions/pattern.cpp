@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <regex>
 #include <utility>
 
 #include <unistd.h>
@@ -103,41 +102,74 @@ private:
     bool alignLeft;
 };
 
-std::unique_ptr<Component> withWidths(std::unique_ptr<Component> component, const std::string& minWidth,
-                                      const std::string& maxWidth) {
-    if (minWidth.empty() && maxWidth.empty()) {
-        return component;
+/// A conversion specifier, such as "%-8.3P{option}".
+struct Specifier {
+    int minWidth = 0; // 0 for none, below 0 to align left
+    std::size_t maxWidth = 0;
+    char letter = '\0';
+    std::size_t end = 0; // the place behind it
+};
+
+std::string digitsAt(const std::string& text, std::size_t at) {
+    constexpr std::size_t kMostDigits = 9; // that an int holds for sure
+    const std::size_t end = std::min(text.find_first_not_of("0123456789", at), at + kMostDigits);
+    return text.substr(at, end - at);
+}
+
+/// Reads the specifier whose percent sign stands in front of `at`. A malformed one comes out with a letter
+/// that is not ours, so that it stays with the stock layout, which judges it.
+Specifier readSpecifier(const std::string& pattern, std::size_t at) {
+    Specifier specifier;
+    const std::size_t sign = pattern[at] == '-' ? 1 : 0;
+    if (const std::string digits = digitsAt(pattern, at + sign); !digits.empty()) {
+        specifier.minWidth = std::stoi(digits) * (sign == 1 ? -1 : 1);
+        at += sign + digits.size();
     }
-    return std::make_unique<FixedWidth>(std::move(component), minWidth.empty() ? 0 : std::stoi(minWidth),
-                                        maxWidth.empty() ? 0 : std::stoul(maxWidth));
+    if (pattern[at] == '.') {
+        if (const std::string digits = digitsAt(pattern, at + 1); !digits.empty()) {
+            specifier.maxWidth = std::stoul(digits);
+            at += 1 + digits.size();
+        }
+    }
+    specifier.letter = pattern[at++];
+    if (at < pattern.size() && pattern[at] == '{') {
+        const std::size_t close = pattern.find('}', at);
+        at = close == std::string::npos ? pattern.size() : close + 1;
+    }
+    specifier.end = std::min(at, pattern.size());
+    return specifier;
+}
+
+std::unique_ptr<Component> makeComponent(const Specifier& specifier) {
+    std::unique_ptr<Component> component;
+    if (specifier.letter == 'C') {
+        component = std::make_unique<log4cpp::ColorizatorComponent>();
+    } else if (specifier.letter == 'P') {
+        component = std::make_unique<log4cpp::ProcessIdComponent>();
+    }
+    if (component && (specifier.minWidth != 0 || specifier.maxWidth != 0)) {
+        return std::make_unique<FixedWidth>(std::move(component), specifier.minWidth, specifier.maxWidth);
+    }
+    return component;
 }
 
 } // namespace
 
 ColorPatternLayout::ColorPatternLayout(const std::string& conversionPattern) {
-    // One match is one specifier: widths, letter, option in braces. What is malformed matches as some letter
-    // that is not ours (so does a width of more digits than an int holds), stays in its segment, and the
-    // stock layout judges it.
-    static const std::regex specifier(R"(%(-?[0-9]{1,9})?(?:\.([0-9]{1,9}))?([^])(?:\{[^}]*\}?)?)");
-    auto segmentBegin = conversionPattern.cbegin();
     bool coloured = false;
-    for (std::sregex_iterator match(conversionPattern.begin(), conversionPattern.end(), specifier), end;
-         match != end; ++match) {
-        const char letter = *(*match)[3].first;
-        std::unique_ptr<Component> component;
-        if (letter == 'C') {
-            component = std::make_unique<log4cpp::ColorizatorComponent>();
-            coloured = true;
-        } else if (letter == 'P') {
-            component = std::make_unique<log4cpp::ProcessIdComponent>();
-        } else {
-            continue;
+    std::size_t segmentBegin = 0;
+    std::size_t percent = 0;
+    while ((percent = conversionPattern.find('%', percent)) != std::string::npos) {
+        const Specifier specifier = readSpecifier(conversionPattern, percent + 1);
+        if (auto component = makeComponent(specifier)) {
+            addStockSegment(conversionPattern.substr(segmentBegin, percent - segmentBegin));
+            components.push_back(std::move(component));
+            coloured = coloured || specifier.letter == 'C';
+            segmentBegin = specifier.end;
         }
-        addStockSegment({segmentBegin, (*match)[0].first});
-        components.push_back(withWidths(std::move(component), (*match)[1], (*match)[2]));
-        segmentBegin = (*match)[0].second;
+        percent = specifier.end;
     }
-    addStockSegment({segmentBegin, conversionPattern.cend()});
+    addStockSegment(conversionPattern.substr(segmentBegin));
     if (coloured) {
         components.push_back(std::make_unique<log4cpp::UncolorizatorComponent>());
     }

@@ -15,6 +15,8 @@
 #include <regex>
 #include <vector>
 
+#include <unistd.h>
+
 namespace {
 
 using namespace brask;
@@ -33,6 +35,12 @@ constexpr const char* kTime = "\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3
 
 class Profiling : public testing::Test {
 protected:
+    void SetUp() override {
+        if (getuid() != 0) {
+            GTEST_SKIP() << "the file is given to a group, and only root can give files away";
+        }
+    }
+
     /// Profiles a command whose arguments are `arguments`, up to its end.
     void profileCommand(std::vector<std::string> arguments, bool addRuntime = true) const {
         std::vector<char*> argv;
