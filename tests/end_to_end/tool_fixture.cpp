@@ -74,7 +74,7 @@ void ToolTest::expectSilentSuccess(const std::vector<std::string>& arguments) co
 void ToolTest::replaceHelper(const std::string& script) const {
     const std::string real = productPath("admin/bin/real_helper");
     fs::rename(productPath(kHelper), real);
-    dir.write(std::string("product/") + kHelper, "#!/bin/sh\nREAL='" + real + "'\n" + script + "\n");
+    std::ofstream(productPath(kHelper)) << "#!/bin/sh\nREAL='" << real << "'\n" << script << "\n";
     fs::permissions(productPath(kHelper), fs::perms::owner_all);
 }
 

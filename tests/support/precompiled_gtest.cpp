@@ -1,0 +1,1 @@
+// Only there to carry the precompiled headers: see tests/CMakeLists.txt.
