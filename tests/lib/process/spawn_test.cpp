@@ -9,7 +9,6 @@
 namespace {
 
 using namespace brask;
-using test_support::inChild;
 
 class Spawn : public testing::Test {
 protected:
@@ -62,7 +61,7 @@ TEST_F(Spawn, ACallbackThatThrowsEndsTheChildBeforeItsExceptionGoesOn) {
 }
 
 TEST_F(Spawn, AnExceptionInTheChildGoesOnInTheChild) {
-    const auto caller = inChild([this] {
+    const auto caller = test_support::inChild([this] {
         run("true", "", {{"IN=VALID", ""}});
         printf("%s", error.c_str()); // not done by the child, whose exception goes past it
     });
@@ -72,7 +71,7 @@ TEST_F(Spawn, AnExceptionInTheChildGoesOnInTheChild) {
 TEST_F(Spawn, TheChildInheritsNoDescriptorAboveTwo) {
     // 150 are more than the walk of the listing does in a table of this size, so the rest is swept.
     for (const int open : {5, 150}) {
-        const auto child = inChild([&] {
+        const auto child = test_support::inChild([&] {
             const rlimit limit{1024, 1024};
             setrlimit(RLIMIT_NOFILE, &limit);
             for (int i = 0; i < open; ++i) {
