@@ -1,138 +1,86 @@
 #include "commons/exceptions.h"
+#include "commons/system_error.h"
+#include "tests/support/thrown_text.h"
 
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <vector>
+#include <gmock/gmock.h>
+#include <openssl/err.h>
 
 namespace {
 
 using namespace brask;
+using test_support::thrownText;
 
-const char* twoPlaceholders(bool wantName) {
-    return wantName ? "twoPlaceholders" : "{} and {}";
-}
+BRASK_ERROR_TAG(TwoPlaceholders, "{} and {}")
+BRASK_ERROR_TAG(BoostStyle, "%1% of %2%")
 
-const char* boostStyle(bool wantName) {
-    return wantName ? "Boost::Style" : "%1% of %2%";
-}
+/// All the facts of an exception's copy, in the order in which it tells them.
+std::string factsOf(const IExTraceable& ex) {
+    struct Recorder : ExInfoVisitor {
+        void OnName(const std::string& v) override { facts += "name=" + v; }
 
-/// Notes every fact it is told, as "Name=value".
-struct FactRecorder : ExInfoVisitor {
-    std::vector<std::string> facts;
+        void OnMessage(const std::string& v) override { facts += " message=" + v; }
 
-    void OnName(const std::string& v) override { facts.push_back("name=" + v); }
+        void OnFunction(const std::string& v) override { facts += "function=" + v; }
 
-    void OnMessage(const std::string& v) override { facts.push_back("message=" + v); }
+        void OnFile(const std::string& v) override { facts += " file=" + v; }
 
-    void OnFunction(const std::string& v) override { facts.push_back("function=" + v); }
+        void OnLine(int v) override { facts += " line=" + std::to_string(v) + " "; }
 
-    void OnFile(const std::string& v) override { facts.push_back("file=" + v); }
+        void OnInner() override { facts += " inner "; }
 
-    void OnLine(int v) override { facts.push_back("line=" + std::to_string(v)); }
+        void OnSeverity(int v) override { facts += " severity=" + std::to_string(v); }
 
-    void OnInner() override { facts.emplace_back("inner"); }
+        std::string facts;
+    } recorder;
 
-    void OnSeverity(int v) override { facts.push_back("severity=" + std::to_string(v)); }
-};
-
-std::vector<std::string> factsOf(const IExTraceable& ex) {
-    FactRecorder recorder;
-    ex.Accept(recorder);
+    std::unique_ptr<IExTraceable>(ex.Clone())->Accept(recorder);
     return recorder.facts;
 }
 
 TEST(Error, TellsItsFactsInOrderAndItsInnerExceptionLast) {
-    Error<&twoPlaceholders> outer{std::source_location{}};
-    outer.Format(1, 2);
+    Error<&TwoPlaceholders> outer{std::source_location{}};
+    outer.Format("{}", 2);
     outer.Include(Error<&ParamError, ExFatal>(std::source_location{}).Format("x", "y"));
-
-    const std::vector<std::string> expected{"function=",
-                                            "file=",
-                                            "line=0",
-                                            "name=twoPlaceholders",
-                                            "severity=30",
-                                            "message=1 and 2",
-                                            "inner",
-                                            "function=",
-                                            "file=",
-                                            "line=0",
-                                            "name=ParamError",
-                                            "severity=30",
-                                            "message=Can't get param x: y"};
-    EXPECT_EQ(factsOf(outer), expected);
-
-    const std::unique_ptr<IExTraceable> copy(outer.Clone());
-    EXPECT_EQ(factsOf(*copy), expected);
-}
-
-TEST(Error, CarriesThePlaceOfTheThrow) {
-    try {
-        BRASK_THROW(twoPlaceholders, "a", "b");
-    } catch (const Error<&twoPlaceholders>& e) {
-        const auto facts = factsOf(e);
-        EXPECT_NE(facts[0].find("TestBody"), std::string::npos) << facts[0];
-        EXPECT_NE(facts[1].find("exceptions_test.cpp"), std::string::npos) << facts[1];
-        EXPECT_STREQ(e.what(), "a and b");
-    }
-}
-
-TEST(Error, KeepsItsTemplateUntilFormattedAndWhenTheTemplateFails) {
-    EXPECT_STREQ(Error<&twoPlaceholders>().what(), "{} and {}");
-
-    const std::string text = Error<&twoPlaceholders>().Format("only one").what();
-    EXPECT_TRUE(text.ends_with(": {} and {}")) << text;
-    EXPECT_GT(text.size(), std::string(": {} and {}").size());
-}
-
-TEST(Error, BracesInAnArgumentSurviveTheCopyOfAThrow) {
-    try {
-        BRASK_THROW(twoPlaceholders, "{}", "{1}");
-    } catch (const std::runtime_error& e) {
-        EXPECT_STREQ(e.what(), "{} and {1}");
-    }
+    EXPECT_EQ(factsOf(outer),
+              "function= file= line=0 name=TwoPlaceholders severity=30 message={} and 2 inner "
+              "function= file= line=0 name=ParamError severity=30 message=Can't get param x: y");
+    Exc<&BoostStyle> older("f", "file", 7);
+    older % "a";
+    EXPECT_THAT(older.what(), testing::EndsWith(": %1% of %2%"));
+    older % 3;
+    EXPECT_EQ(factsOf(older), "function=f file=file line=7 name=BoostStyle severity=30 message=a of 3");
+    EXPECT_THAT(factsOf(Error<&TwoPlaceholders>().Format(1)), testing::EndsWith(": {} and {}"));
 }
 
 TEST(Error, FatalErrorsPassHandlersOfTheGeneralKind) {
-    const auto throwFatal = [] { BRASK_THROW_AS(NotEnoughSpaceAt, ExFatal, "/d", 0, 4096); };
-    EXPECT_THROW(
-        {
-            try {
-                throwFatal();
-            } catch (const ExTraceableBase<ExDefault>&) {
-                ADD_FAILURE() << "caught as a default error";
-            }
-        },
-        IExTraceable);
-    try {
-        throwFatal();
-    } catch (const std::runtime_error& e) {
-        EXPECT_STREQ(e.what(),
-                     "Selected filesystem at /d has only 0 bytes free, but 4096 bytes are needed for "
-                     "operation");
-    }
+    const auto handled = [] {
+        try {
+            BRASK_THROW_AS(NotEnoughSpaceAt, ExFatal, "/d", 0, 4096);
+        } catch (const ExTraceableBase<ExDefault>&) {
+            ADD_FAILURE() << "caught as a default error";
+        }
+    };
+    EXPECT_EQ(thrownText<std::runtime_error>(handled),
+              "Selected filesystem at /d has only 0 bytes free, but 4096 bytes are needed for operation");
+    EXPECT_EQ(thrownText<Error<&AssertionFailed>>([] { requireThat(false, "a != b"); }),
+              "Assertion failed: a != b");
 }
 
-TEST(Exc, RendersWhatWasFedAndExplainsWhatIsMissing) {
-    Exc<&boostStyle> ex("f", "file", 7);
-    EXPECT_STREQ(ex.what(), "%1% of %2%");
-    ex % "a";
-    EXPECT_TRUE(std::string(ex.what()).ends_with(": %1% of %2%")) << ex.what();
-    ex % 3;
-    const std::unique_ptr<IExTraceable> copy(ex.Clone());
-    const std::vector<std::string> expected{"function=f",        "file=file",   "line=7",
-                                            "name=Boost::Style", "severity=30", "message=a of 3"};
-    EXPECT_EQ(factsOf(*copy), expected);
+TEST(SystemError, TellsItsCodeByTextAndFiveCodesByType) {
+    EXPECT_EQ(thrownText<ExSystemError<11>>([] { throwSystemError("", EAGAIN); }), strerror(EAGAIN));
+    EXPECT_EQ(thrownText<ExSystemError<2>>([] { throwSystemError("m", ENOENT); }),
+              "m: No such file or directory");
+    EXPECT_EQ(thrownText<SystemError>([] { throwSystemError("m", EIO); }), "m: Input/output error");
 }
 
-TEST(RequireThat, RaisesTheConditionAsText) {
-    EXPECT_NO_THROW(requireThat(true, "x"));
-    try {
-        requireThat(false, "filename != NULL");
-        FAIL();
-    } catch (const Error<&AssertionFailed>& e) {
-        EXPECT_STREQ(e.what(), "Assertion failed: filename != NULL");
-    }
+TEST(OpenSslException, TakesTheWholeQueueOldestFirst) {
+    ERR_raise(ERR_LIB_RSA, 101);
+    ERR_raise(ERR_LIB_PEM, 102);
+    const std::source_location here = std::source_location::current();
+    EXPECT_THAT(
+        OpenSslException(here, "Unable").what(),
+        testing::MatchesRegex("Unable: OpenSSL error: error:.*rsa routines.*\nerror:.*PEM routines.*"));
+    EXPECT_STREQ(OpenSslException(here, "Unable").what(), "Unable: OpenSSL error: ");
 }
 
 } // namespace

@@ -1,169 +1,146 @@
+#include "commons/file_guards.h"
 #include "commons/file_utils.h"
+#include "commons/rename.h"
 #include "commons/retry.h"
-#include "tests/support/temp_dir.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <system_error>
-#include <thread>
+#include "tests/commons/library_test.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
 using namespace brask;
-using test_support::readFile;
-using test_support::TempDir;
-using ::testing::StartsWith;
+using namespace test_support;
+using testing::StartsWith;
 namespace fs = std::filesystem;
 
-/// Calls a function that fails `failures` times and then succeeds; tells how often it was called, with the
-/// number of the call that failed last behind a "!".
-std::string callsOf(int failures, unsigned attempts, unsigned pauseMs) {
-    int calls = 0;
-    try {
-        retry(
-            [&] {
-                if (++calls <= failures) {
-                    throw calls;
-                }
-            },
-            attempts, pauseMs);
-    } catch (int last) {
-        return std::to_string(calls) + "!" + std::to_string(last);
-    }
-    return std::to_string(calls);
-}
-
-TEST(Retry, CallsUntilItSucceedsOrAttemptsRunOut) {
-    EXPECT_EQ(callsOf(0, 3, 0), "1");
-    EXPECT_EQ(callsOf(2, 3, 0), "3");
-    EXPECT_EQ(callsOf(3, 3, 0), "3!3");
-    EXPECT_EQ(callsOf(1, 0, 0), "0");
-}
-
-TEST(Retry, SleepsOnlyBetweenCalls) {
+TEST(Retry, CallsUntilItSucceedsOrAttemptsRunOutAndSleepsBetweenCalls) {
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(callsOf(1, 1, 60000), "1!1");
-    EXPECT_EQ(callsOf(0, 2, 60000), "1");
-    EXPECT_EQ(callsOf(3, 3, 30), "3!3");
+    const int cases[][4] = {{0, 2, 60000, 1}, {2, 3, 20, 3}, {1, 1, 60000, 1}, {1, 0, 0, 0}};
+    for (const auto& [failures, attempts, pause, expected] : cases) {
+        int calls = 0;
+        const auto failAtFirst = [&calls, failures = failures] {
+            if (++calls <= failures) {
+                throw std::runtime_error("once more");
+            }
+        };
+        try {
+            retry(failAtFirst, static_cast<unsigned>(attempts), static_cast<unsigned>(pause));
+        } catch (const std::runtime_error&) {
+            EXPECT_EQ(calls, attempts);
+        }
+        EXPECT_EQ(calls, expected);
+    }
     const auto took = std::chrono::steady_clock::now() - start;
-    EXPECT_GE(took, std::chrono::milliseconds(60));
-    EXPECT_LT(took, std::chrono::seconds(30));
+    EXPECT_TRUE(took >= std::chrono::milliseconds(40) && took < std::chrono::seconds(30));
 }
 
-TEST(MakeDir, GivesEveryNewDirectoryTheSameOwnerAndMode) {
-    const TempDir dir;
-    const uid_t uid = geteuid() == 0 ? 12345 : geteuid();
-    const gid_t gid = geteuid() == 0 ? 23456 : getegid();
-    const mode_t before = statFile(dir.path()).st_mode;
-    const mode_t umaskBefore = umask(022);
-    make_dir(dir.path("a/b//c/"), uid, gid, 0770);
-    umask(umaskBefore);
+class FileUtils : public LibraryTest {};
+
+TEST_F(FileUtils, NewDirectoriesHaveOneModeAndWhatIsThereIsLeftAlone) {
+    const mode_t before = umask(022);
+    make_dir(dir.path("a/b//c/"), geteuid(), getegid(), 0770);
+    make_dir(dir.write("file", "content") + "/below", 1, 1, 0777);
+    umask(before);
     for (const char* name : {"a", "a/b", "a/b/c"}) {
-        const struct stat made = statFile(dir.path(name));
-        EXPECT_EQ(made.st_uid, uid) << name;
-        EXPECT_EQ(made.st_gid, gid) << name;
-        EXPECT_EQ(made.st_mode & 07777, 0750U) << name;
+        EXPECT_EQ(statFile(dir.path(name)).st_mode & 07777, 0750U) << name;
     }
-    EXPECT_EQ(statFile(dir.path()).st_mode, before);
-    EXPECT_EQ(statFile(dir.path()).st_uid, geteuid());
+    EXPECT_EQ(readFile(dir.path("file")), "content");
+    EXPECT_EQ(statFile(dir.path()).st_mode & 07777, 0700U);
+    EXPECT_EQ(thrownText<Error<&CantStatFS>>([&] { getFreeSpace("/missing"); }),
+              "Cannot stat filesystem containing /missing: No such file or directory");
+    EXPECT_GT(getFreeSpace(dir.path()), 0U);
 }
 
-TEST(MakeDir, LeavesWhatIsThereAloneAndHidesFailures) {
-    const TempDir dir;
-    const std::string file = dir.write("file", "content");
-    const struct stat before = statFile(file);
-    make_dir(file.c_str(), 1, 1, 0777);
-    make_dir(file + "/below", 1, 1, 0777);
-    make_dir(dir.path() + "/" + std::string(5000, 'x'), 1, 1, 0777);
-    make_dir("", 1, 1, 0777);
-    EXPECT_EQ(readFile(file), "content");
-    EXPECT_EQ(statFile(file).st_mode, before.st_mode);
-    EXPECT_EQ(statFile(file).st_uid, before.st_uid);
-}
-
-TEST(GetFreeSpace, IsThatOfTheFileSystemOfThePath) {
-    const TempDir dir;
-    const auto expected = fs::space(dir.path()).available;
-    const auto tolerance = expected / 10 + (64U << 20);
-    EXPECT_NEAR(static_cast<double>(getFreeSpace(dir.path())), static_cast<double>(expected),
-                static_cast<double>(tolerance));
-    try {
-        getFreeSpace(dir.path("missing"));
-        ADD_FAILURE();
-    } catch (const Error<&CantStatFS>& e) {
-        EXPECT_EQ(e.what(),
-                  "Cannot stat filesystem containing " + dir.path("missing") + ": No such file or directory");
-    }
-}
-
-TEST(CopyData, MovesAllBytesThroughAPipe) {
-    const TempDir dir;
-    std::string content;
-    for (int i = 0; i < 300001; ++i) {
-        content += static_cast<char>(i * i % 251);
-    }
+TEST_F(FileUtils, CopiesAndComparesWholeStreams) {
+    const std::string content(300001, 'x');
     const int from = open(dir.write("from", content).c_str(), O_RDONLY | O_CLOEXEC);
     const int to = open(dir.path("to").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-    int pipeEnds[2];
-    ASSERT_EQ(pipe2(pipeEnds, O_CLOEXEC), 0);
-    std::thread writer([&] {
-        copyData(from, pipeEnds[1]);
-        close(pipeEnds[1]);
-    });
-    copyData(pipeEnds[0], to);
-    writer.join();
-    EXPECT_EQ(readFile(dir.path("to")), content);
-
-    try {
-        copyData(to, from);
-        ADD_FAILURE();
-    } catch (const std::system_error& e) {
-        EXPECT_THAT(e.what(), StartsWith("Unable to read data"));
-    }
-    lseek(from, 0, SEEK_SET);
-    try {
-        copyData(from, from);
-        ADD_FAILURE();
-    } catch (const std::system_error& e) {
-        EXPECT_THAT(e.what(), StartsWith("Unable to write data"));
-    }
-    for (const int fd : {from, to, pipeEnds[0]}) {
-        close(fd);
-    }
+    copyData(from, to);
+    std::ifstream copy(dir.path("to"));
+    EXPECT_TRUE(streamEquals(copy, content));
+    EXPECT_FALSE(streamEquals(copy, content + "x"));
+    EXPECT_THAT(thrownText<std::system_error>([&] { copyData(to, from); }),
+                StartsWith("Unable to read data"));
+    close(from);
+    close(to);
 }
 
-TEST(StreamEquals, ComparesFromTheStartAsFarAsExpected) {
-    std::istringstream stream("content");
-    stream.ignore(100);
-    EXPECT_TRUE(streamEquals(stream, "content"));
-    EXPECT_TRUE(streamEquals(stream, "cont"));
-    EXPECT_TRUE(streamEquals(stream, ""));
-    EXPECT_FALSE(streamEquals(stream, "contenT"));
-    EXPECT_FALSE(streamEquals(stream, "content and more"));
-    std::ifstream closed;
-    EXPECT_THROW(streamEquals(closed, "x"), std::system_error);
+TEST_F(FileUtils, GuardsRemoveWhatTheyOwnAndLogWhatTheyCannot) {
+    const int fd = open(dir.write("file", "").c_str(), O_RDONLY | O_CLOEXEC);
+    dir.write("folder/inner/file", "");
+    dir.write("occupied/file", "");
+    dir.write("admin/conf/panel.ini", "[bmm]\nlocalPauseBetweenAttempts = 1\n");
+    {
+        const TempFileGuard file(dir.path("file"), fd);
+        const TempDirGuard folder(dir.path("folder"));
+        const TempFileGuard gone(dir.path("gone"));
+        const TempFileGuard occupied(dir.path("occupied"));
+        const TempDirGuard released;
+    }
+    EXPECT_EQ(close(fd), -1);
+    EXPECT_FALSE(fs::exists(dir.path("file")) || fs::exists(dir.path("folder")));
+    EXPECT_THAT(log.lines.back(), StartsWith("Unable to delete the file '" + dir.path("occupied") + "': "));
 }
 
-TEST(StatFile, TellsTheFileThatItCouldNotLookAt) {
-    const TempDir dir;
-    const std::string file = dir.write("file", "12345");
-    EXPECT_EQ(statFile(file).st_size, 5);
-    EXPECT_NEAR(static_cast<double>(getModificationTime(file)), static_cast<double>(time(nullptr)), 60);
-    try {
-        getModificationTime(dir.path("missing"));
-        ADD_FAILURE();
-    } catch (const std::system_error& e) {
-        EXPECT_EQ(e.code(), std::errc::no_such_file_or_directory);
-        EXPECT_THAT(e.what(), StartsWith("Failed to stat the file '" + dir.path("missing") + "'"));
+/// Moving and copying between the temporary directory and /dev/shm.
+class Rename : public LibraryTest {
+protected:
+    /// A file, a link to it, a dangling link, and a directory of mode 0750 with a file in it.
+    void makeTree(const std::string& name) const {
+        dir.write(name + "/file", "content");
+        dir.write(name + "/inner/deep/run", "");
+        fs::create_symlink("file", dir.path(name + "/link"));
+        fs::create_symlink("nowhere", dir.path(name + "/dangling"));
+        fs::permissions(dir.path(name + "/inner"), fs::perms(0750));
+    }
+
+    static void expectTree(const std::string& root) {
+        EXPECT_EQ(readFile(root + "/file"), "content");
+        EXPECT_EQ(fs::read_symlink(root + "/link"), "file");
+        EXPECT_EQ(fs::read_symlink(root + "/dangling"), "nowhere");
+        EXPECT_EQ(statFile(root + "/inner").st_mode & 0777, 0750U);
+        EXPECT_TRUE(fs::exists(root + "/inner/deep/run"));
+    }
+
+    TempDir there{"/dev/shm"};
+};
+
+TEST_F(Rename, MovesFilesAndMergesDirectoriesAcrossFileSystems) {
+    if (statFile(dir.path()).st_dev == statFile(there.path()).st_dev) {
+        GTEST_SKIP() << "the temporary directory and /dev/shm are one file system";
+    }
+    brask::rename(dir.write("from", "content"), there.path("file"));
+    EXPECT_EQ(readFile(there.path("file")), "content");
+    EXPECT_FALSE(fs::exists(dir.path("from")));
+
+    const std::string from = dir.write("from", "new");
+    const std::string to = there.write("to", "old");
+    EXPECT_THAT(thrownText<Error<&CantRenameFile>>([&] { brask::rename(from, to); }),
+                StartsWith("Cannot rename " + from + " to " + to + ": "));
+    EXPECT_EQ(readFile(from) + readFile(to), "newold");
+
+    makeTree("tree");
+    there.write("tree/file", "old");
+    there.write("tree/kept", "kept");
+    brask::rename(dir.path("tree"), there.path("tree"));
+    expectTree(there.path("tree"));
+    EXPECT_EQ(readFile(there.path("tree/kept")), "kept");
+    EXPECT_FALSE(fs::exists(dir.path("tree")));
+}
+
+TEST_F(Rename, CopiesReplaceWhatExistsOnlyWhenAsked) {
+    makeTree("from");
+    ASSERT_EQ(mkfifo(dir.path("from/fifo").c_str(), 0600), 0);
+    for (const auto copy : {copyDirectory, copyDirectoryRecursively}) {
+        const TempDir target(there.path());
+        copy(dir.path("from"), target.path("to"), false);
+        expectTree(target.path("to"));
+        EXPECT_FALSE(fs::exists(target.path("to/fifo")));
+        target.write("to/file", "old");
+        EXPECT_THROW(copy(dir.path("from"), target.path("to"), false), fs::filesystem_error);
+        EXPECT_EQ(readFile(target.path("to/file")), "old");
+        copy(dir.path("from"), target.path("to"), true);
+        expectTree(target.path("to"));
     }
 }
 

@@ -1,62 +1,36 @@
 #include "commons/product_paths.h"
-#include "tests/support/fixed_params.h"
-
-#include <gtest/gtest.h>
+#include "tests/commons/library_test.h"
 
 namespace {
 
 using namespace brask;
 
 TEST(JoinPath, PutsOneSlashAtTheJoint) {
-    const struct {
-        const char *a, *b, *joined;
-    } cases[] = {{"/a/", "/b", "/a/b"}, {"/a", "b", "/a/b"},
-                 {"/a/", "b", "/a/b"},  {"/a", "/b", "/a/b"},
-                 {"", "b", "b"},        {"a", "", "a"},
-                 {"", "", ""},          {"/a//", "//b", "/a///b"},
-                 {"/", "b", "/b"},      {"a//c", "d//e", "a//c/d//e"}};
-
-    for (const auto& c : cases) {
-        EXPECT_EQ(joinPath(c.a, c.b), c.joined) << c.a << " + " << c.b;
+    const char* const cases[][3] = {{"/a/", "/b", "/a/b"},
+                                    {"/a", "b", "/a/b"},
+                                    {"", "b", "b"},
+                                    {"a", "", "a"},
+                                    {"/a//", "//b", "/a///b"}};
+    for (const auto& [a, b, joined] : cases) {
+        EXPECT_EQ(joinPath(a, b), joined);
     }
 }
 
-TEST(ProductPaths, LieWhereTheProductKeepsThem) {
-    const test_support::FixedParams params(test_support::FixedParams::Values{{"PRODUCT_ROOT_D", "/p"}});
-    const std::pair<std::string, std::string> cases[] = {
-        {getBmmConfigFile(), "/p/BMM/log4cpp.properties"},
-        {getQaStatusFile(), "/p/BMM/qa-status-test.cfg"},
-        {getBmmTmpDir(), "/p/BMM/tmp"},
-        {getAdminBinPath("backup_restore_helper"), "/p/admin/bin/backup_restore_helper"},
-        {getAdminBinPath(""), "/p/admin/bin/"},
-        {getAdminConfDir(), "/p/admin/conf"},
-        {getTestMetaFile(), "/p/var/test-meta.json"},
-        {getLibxmlProxyPath(), "/p/admin/sbin/libxml-proxy"},
-        {getAdminSbinPath("x"), "/p/admin/sbin/x"},
-        {getApiCliScript("x"), "/p/admin/plib/api-cli/x.php"},
-        {getBackupScript("x"), "/p/admin/plib/backup/x.php"},
-        {getModuleVarPath("m"), "/p/var/modules/m"},
-        {getCustomizationsFile(), "/p/admin/conf/customizations.conf"},
-        {getEngineRunCommand().at(0), "/p/bin/kw-engine-braskrun"},
-        {getVhostSubPath("d", "/base/"), "/base/d"},
-        {getSubPath("/a/", "/b"), "/a///b"},
-        {getDumpingStatusFile("/d"), "/d/dumping-status.xml"},
-        {getApacheRestartLock(), "/run/lock/files/brask_restart_apache.lock"},
-    };
-    for (const auto& [path, expected] : cases) {
-        EXPECT_EQ(path, expected);
-    }
-}
-
-TEST(ProductPaths, ShowASlashAtTheEndOfTheRootOnlyWhereTheyAreConcatenated) {
+TEST(ProductPaths, LieBelowTheRootAsItIsWritten) {
     const test_support::FixedParams params(test_support::FixedParams::Values{{"PRODUCT_ROOT_D", "/p/"}});
-    EXPECT_EQ(getBmmDir(), "/p/BMM");
+    EXPECT_EQ(getBmmConfigFile(), "/p/BMM/log4cpp.properties");
+    EXPECT_EQ(getAdminBinPath("backup_restore_helper"), "/p/admin/bin/backup_restore_helper");
     EXPECT_EQ(getLibxmlProxyPath(), "/p//admin/sbin/libxml-proxy");
+    EXPECT_EQ(getApiCliScript("x"), "/p/admin/plib/api-cli/x.php");
+    EXPECT_EQ(getVhostSubPath("d", "/base/"), "/base/d");
 }
 
-TEST(ProductPaths, PassOnThatThereIsNoRoot) {
-    const test_support::FixedParams params(test_support::FixedParams::Values{});
-    EXPECT_THROW(getBmmDir(), Error<&ParamError>);
+TEST(ParamFromBSAStrategy, KnowsTheAccountAndTheTableAndNothingElse) {
+    const ParamFromBSAStrategy source;
+    EXPECT_EQ(source.getParam("BSAADM"), "bsaadm");
+    EXPECT_EQ(source.getParam("_MIN_POSSIBLE_BSA_CONF_VAR_NAME"), "_MIN_POSSIBLE_BSA_CONF_VAR_VALUE");
+    EXPECT_EQ(test_support::thrownText<Error<&ParamError>>([&] { source.getParam("UNKNOWN"); }),
+              "Can't get param UNKNOWN: bsaConfGetDefault() returned NULL");
 }
 
 } // namespace

@@ -1,32 +1,18 @@
-#include "commons/error.h"
+#include "commons/file_utils.h"
 #include "commons/session.h"
 #include "commons/xml_log.h"
 #include "commons/xpath_expr.h"
-#include "tests/support/fixed_params.h"
-#include "tests/support/recording_log.h"
-#include "tests/support/temp_dir.h"
-#include "tests/support/thrown_text.h"
+#include "tests/commons/library_test.h"
 #include "tests/support/xml_errors.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <boost/lexical_cast/bad_lexical_cast.hpp>
 
-#include <filesystem>
 #include <sstream>
-#include <vector>
-
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
 using namespace brask;
-using test_support::readFile;
-using test_support::RecordingLog;
-using test_support::TempDir;
-using testing::HasSubstr;
-
-namespace fs = std::filesystem;
+using namespace test_support;
 
 ExTraceableBase<ExDefault> plain(const std::string& text) {
     return {"", text};
@@ -38,83 +24,53 @@ std::string message(const std::string& severity, const std::string& text) {
            "</description></message>";
 }
 
-class ExecutionLog : public testing::Test {
+class ExecutionLog : public RootTest {
 protected:
-    static std::string content(const XmlLog& log) {
+    static void expectContent(const XmlLog& log, const std::string& children) {
         std::ostringstream out;
         tXmlDocument(log).saveToStream(out, nullptr);
-        return out.str();
+        EXPECT_EQ(out.str(),
+                  "<?xml version=\"1.0\"?>\n<execution-result>" + children + "</execution-result>\n");
     }
 
-    static std::string document(const std::string& children) {
-        return "<?xml version=\"1.0\"?>\n<execution-result>" + children + "</execution-result>\n";
-    }
-
-    TempDir dir;
-    const test_support::FixedParams params{{{"BSAADM", "worker"}, {"PRODUCT_ROOT_D", dir.path()}}};
-    RecordingLog debugLog;
     const SessionLifetimeController controller{dir.path("session")};
     const std::string result = dir.path("session/migration.result");
 };
 
-TEST_F(ExecutionLog, MessagesBelongToTheObjectThatIsOpen) {
-    XmlLog log("");
-    log.AddMessage(20, plain("at the root"));
-    EXPECT_EQ(log.GetObjects(), ObjectList{});
-    log.AddObject("c", "Customer");
-    log.AddObject("d", "Domain");
-    const ObjectList path{{"c", "Customer"}, {"d", "Domain"}};
-    EXPECT_EQ(log.GetObjects(), path);
-    log.AddMessage(40, plain("in the domain"));
-    log.AddObject("empty", "Domain");
-    log.AddObject("empty too", "Domain");
-    for (int open = 4; open > 0; --open) {
-        log.RemoveEmptyObject();
+TEST_F(ExecutionLog, MessagesBelongToTheirObjects) {
+    XmlLog xml("");
+    xml.AddMessage(20, plain("at the root"));
+    xml.AddObject("c", "Customer");
+    xml.AddObject("d", "Domain");
+    EXPECT_EQ(xml.GetObjects(), (ObjectList{{"c", "Customer"}, {"d", "Domain"}}));
+    xml.AddMessage(40, plain("in the domain"));
+    xml.AddObject("empty", "Domain");
+    for (int open = 3; open > 0; --open) {
+        xml.RemoveEmptyObject();
     }
-    EXPECT_THROW(log.RemoveEmptyObject(), Error<&NoParentNode>);
-    log.AddMessage(plain("a warning, as every exception"), path);
-    log.AddMessage(20, plain("beside it"), {{"c", "Customer"}, {"d", "Reseller"}});
-
-    EXPECT_EQ(content(log),
-              document(message("info", "at the root") + "<object name=\"c\" type=\"Customer\">" +
-                       "<object name=\"d\" type=\"Domain\">" + message("error", "in the domain") +
-                       message("warning", "a warning, as every exception") + "</object>" +
-                       "<object name=\"d\" type=\"Reseller\">" + message("info", "beside it") +
-                       "</object></object>"));
+    EXPECT_THROW(xml.RemoveEmptyObject(), Error<&NoParentNode>);
+    xml.AddMessage(plain("a warning, as every exception"), {{"c", "Customer"}, {"d", "Domain"}});
+    xml.AddMessage(20, plain("beside it"), {{"c", "Customer"}, {"d", "Reseller"}});
+    expectContent(xml, message("info", "at the root") + "<object name=\"c\" type=\"Customer\">" +
+                           "<object name=\"d\" type=\"Domain\">" + message("error", "in the domain") +
+                           message("warning", "a warning, as every exception") + "</object>" +
+                           "<object name=\"d\" type=\"Reseller\">" + message("info", "beside it") +
+                           "</object></object>");
+    const XmlErrors quiet;
+    EXPECT_THROW(xml.AddMessage(plain("x"), {{"o'hara", "Customer"}}), Error<&tError_XPath_CantEvaluate>);
 }
 
 TEST_F(ExecutionLog, TheSeverityOfTheCallReplacesTheInnermostOnes) {
-    XmlLog log("");
+    XmlLog xml("");
     Error<&UnableToCreateSession> outer;
-    outer.Format("x");
-    log.AddMessage(40, outer);
+    outer.Format("<x>");
     outer.Include(Error<&NoParentNode>());
-    log.AddMessage(40, outer);
-    const std::string description = "<description>Unable to create session: x</description>";
-    EXPECT_EQ(content(log),
-              document("<message code=\"UnableToCreateSession\" severity=\"error\">" + description +
-                       "</message><message code=\"UnableToCreateSession\" severity=\"warning\">" +
-                       description +
-                       "<message code=\"NoParentNode\" severity=\"error\">"
-                       "<description>No parent node on requested XML element</description></message>"
-                       "</message>"));
-}
-
-TEST_F(ExecutionLog, AQuoteInANameBreaksItsLookUp) {
-    XmlLog log("");
-    const test_support::XmlErrors quiet;
-    EXPECT_THROW(log.AddMessage(plain("x"), {{"o'hara", "Customer"}}), Error<&tError_XPath_CantEvaluate>);
-}
-
-TEST_F(ExecutionLog, AnEarlierResultIsKeptUnderTheFirstFreeName) {
-    for (const char* name : {"", ".1", ".3"}) {
-        dir.write(std::string("session/migration.result") + name, std::string("result") + name);
-    }
-    const XmlLog log("");
-    EXPECT_FALSE(fs::exists(result));
-    EXPECT_EQ(readFile(result + ".1"), "result.1");
-    EXPECT_EQ(readFile(result + ".2"), "result");
-    EXPECT_EQ(readFile(result + ".3"), "result.3");
+    xml.AddMessage(40, outer);
+    expectContent(
+        xml,
+        "<message code=\"UnableToCreateSession\" severity=\"warning\"><description>Unable to create session: "
+        "&lt;x&gt;</description><message code=\"NoParentNode\" severity=\"error\"><description>No parent "
+        "node on requested XML element</description></message></message>");
 }
 
 TEST_F(ExecutionLog, MergesAnotherResultFile) {
@@ -123,112 +79,85 @@ TEST_F(ExecutionLog, MergesAnotherResultFile) {
                      "<message code='X' severity='error'><description>e</description>"
                      "<message severity='error'><description>inner</description></message></message>"
                      "<object><message severity='odd'><description>i</description></message></object>"
-                     "</object><comment/><message severity='warning'><description>w</description>"
-                     "</message></execution-result>");
-    XmlLog log("");
-    log.AddObject("d", "Domain");
-    log.AddObject("open", "Domain");
-    AddResultFile(log, other);
-    const std::string merged = "<object name=\"\" type=\"\">" + message("info", "i") + "</object>";
-    EXPECT_EQ(content(log), document("<object name=\"d\" type=\"Domain\">"
-                                     "<object name=\"open\" type=\"Domain\"/>" +
-                                     message("error", "e") + merged + "</object>" + message("warning", "w")));
-
-    AddResultFile(other); // there is no current log
+                     "</object><comment/></execution-result>");
+    XmlLog xml("");
+    xml.AddObject("d", "Domain");
+    xml.AddObject("open", "Domain");
+    AddResultFile(xml, other);
+    expectContent(xml, "<object name=\"d\" type=\"Domain\"><object name=\"open\" type=\"Domain\"/>" +
+                           message("error", "e") + "<object name=\"\" type=\"\">" + message("info", "i") +
+                           "</object></object>");
     dir.write("other.xml", "<result/>");
-    EXPECT_THROW(AddResultFile(log, other), Error<&tError_WrongDoc>);
-    dir.write("other.xml", "<execution-result><message severity='error'/></execution-result>");
-    EXPECT_THROW(AddResultFile(log, other), Error<&tError_XPath_CantEvaluate>);
+    EXPECT_THROW(AddResultFile(xml, other), Error<&tError_WrongDoc>);
 }
 
-TEST_F(ExecutionLog, AScopeOpensAnObjectAndNotesItsBeginAndEnd) {
-    CreateXmlLog("");
-    {
-        const LogObjectScope scope("example.com", 9);
-        EXPECT_EQ(currentLog->GetObjects(), (ObjectList{{"example.com", "Restore domain"}}));
-    }
-    EXPECT_TRUE(currentLog->GetObjects().empty());
-    EXPECT_THAT(debugLog.lines,
-                testing::ElementsAre("=> example.com Restore domain", "++ example.com Restore domain"));
-    DestroyXmlLog();
-    DestroyXmlLog();
-    const LogObjectScope scope("alone", 0); // there is no current log
-}
-
-TEST_F(ExecutionLog, AFileThatCannotBeWrittenIsToldAndTheRunGoesOn) {
-    CreateXmlLog("");
-    fs::remove_all(dir.path("session"));
-    DestroyXmlLog();
-    ASSERT_EQ(debugLog.lines.size(), 1U);
-    EXPECT_THAT(debugLog.lines[0], testing::StartsWith("error: Unable to write the execution log " + result +
-                                                       ": Cannot create a temporary file"));
-}
-
-TEST_F(ExecutionLog, NeedsASession) {
-    SessionFiles* const open = std::exchange(session, nullptr);
-    EXPECT_THROW(CreateXmlLog(""), Error<&AssertionFailed>);
-    session = open;
-    EXPECT_EQ(currentLog, nullptr);
-}
-
-class ExecutionLogFile : public ExecutionLog {
-protected:
-    void SetUp() override {
-        if (geteuid() != 0) {
-            GTEST_SKIP() << "only root can give files away";
-        }
-    }
-};
-
-TEST_F(ExecutionLogFile, TheStatusCanOnlyRise) {
-    const struct {
-        std::vector<int> raised;
-        std::vector<int> messages;
-        const char* status;
-    } cases[] = {{{}, {}, "error"},          {{10}, {}, "success"},        {{20}, {}, "info"},
-                 {{10}, {20}, "info"},       {{10}, {30}, "warnings"},     {{40, 10}, {}, "error"},
-                 {{30, 20}, {}, "warnings"}, {{10}, {30, 40, 20}, "error"}};
-
+TEST_F(ExecutionLog, TheStatusCanOnlyRise) {
+    const std::tuple<std::vector<int>, std::vector<int>, std::string> cases[] = {{{}, {}, "error"},
+                                                                                 {{10}, {}, "success"},
+                                                                                 {{10}, {20}, "info"},
+                                                                                 {{30, 20}, {}, "warnings"},
+                                                                                 {{10}, {40, 20}, "error"}};
     for (const auto& [raised, messages, status] : cases) {
-        fs::remove(dir.path("session/status.xml"));
+        std::filesystem::remove(dir.path("session/status.xml"));
         {
-            XmlLog log("status.xml");
+            XmlLog xml("status.xml");
             for (const int severity : raised) {
-                log.RaiseStatus(severity);
+                xml.RaiseStatus(severity);
             }
             for (const int severity : messages) {
-                log.AddMessage(severity, plain("m"));
+                xml.AddMessage(severity, plain("m"));
             }
         }
         EXPECT_THAT(readFile(dir.path("session/status.xml")),
-                    testing::StartsWith(std::string("<execution-result status=\"") + status + "\""));
+                    testing::StartsWith("<execution-result status=\"" + status + "\""));
     }
 }
 
-TEST_F(ExecutionLogFile, TheRunIsWrittenAtItsEndForThePanelsAccount) {
+TEST_F(ExecutionLog, TheRunIsWrittenAtItsEndForThePanelsAccountAndAnEarlierResultKept) {
+    dir.write("session/migration.result", "earlier");
+    dir.write("session/migration.result.1", "first");
     CreateXmlLog("");
-    GetLogFacade()->Write(0, false, "failed", nullptr);
-    GetLogFacade()->Write(2, false, "note", nullptr);
-    GetLogFacade()->Write(3, false, "for the debug log alone", nullptr);
-    EXPECT_FALSE(fs::exists(result));
+    EXPECT_EQ(readFile(result + ".1") + readFile(result + ".2"), "firstearlier");
+    { const LogObjectScope scope("example.com", 9); }
+    for (const int level : {0, 1, 2, 3, 4}) {
+        GetLogFacade()->Write(level, false, std::to_string(level), nullptr);
+    }
+    EXPECT_FALSE(std::filesystem::exists(result));
     DestroyXmlLog();
-    EXPECT_EQ(readFile(result), "<execution-result status=\"error\">\n"
-                                "  <message code=\"\" severity=\"error\">\n"
-                                "    <description>failed</description>\n"
-                                "  </message>\n"
-                                "  <message code=\"\" severity=\"info\">\n"
-                                "    <description>note</description>\n"
-                                "  </message>\n"
-                                "</execution-result>");
+    EXPECT_THAT(
+        readFile(result),
+        testing::MatchesRegex("<execution-result "
+                              "status=\"error\">\n.*severity=\"error\">[^<]*<description>0<.*severity="
+                              "\"warning\">[^<]*<description>1<.*=\"info\">[^<]*<description>2<[^01234]*"));
+    EXPECT_EQ(statFile(result).st_uid, 54321U);
+    EXPECT_EQ(statFile(result).st_gid, 54322U);
+    EXPECT_THAT(log.lines,
+                testing::ElementsAre("=> example.com Restore domain", "++ example.com Restore domain",
+                                     "error: 0", "1", "2", "3", "4"));
 
-    struct stat info {};
+    CreateXmlLog("");
+    std::filesystem::remove_all(dir.path("session"));
+    DestroyXmlLog();
+    EXPECT_THAT(log.lines.back(),
+                testing::StartsWith("error: Unable to write the execution log " + result + ": "));
+}
 
-    ASSERT_EQ(stat(result.c_str(), &info), 0);
-    EXPECT_EQ(info.st_uid, 54321U);
-    EXPECT_EQ(info.st_gid, 54322U);
-
-    GetLogFacade()->Write(0, false, "after the log", nullptr);
-    EXPECT_THAT(readFile(result), testing::Not(HasSubstr("after the log")));
+TEST_F(ExecutionLog, TheQaStatusIsReadFromTheUtilitysElement) {
+    EXPECT_FALSE(readQaStatus("u").found) << "there is no file yet";
+    const std::pair<std::string, QaStatus> cases[] = {
+        {"name='u' severity='error' errcode='-7'>text", {true, -7, 40, "text"}},
+        {"name='u' severity='odd' errcode='0'>", {true, 0, 10, "QA test message"}},
+        {"name='other' severity='error' errcode='1'>", {}},
+        {"name='u' severity='error'>", {}}};
+    for (const auto& [element, expected] : cases) {
+        dir.write("BMM/qa-status-test.cfg", "<log><util " + element + "</util></log>");
+        const QaStatus status = readQaStatus("u");
+        EXPECT_EQ(std::tie(status.found, status.errcode, status.severity, status.message),
+                  std::tie(expected.found, expected.errcode, expected.severity, expected.message))
+            << element;
+    }
+    dir.write("BMM/qa-status-test.cfg", "<log><util name='u' severity='info' errcode=' 7'/></log>");
+    EXPECT_THROW(readQaStatus("u"), boost::bad_lexical_cast);
 }
 
 } // namespace

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "commons/param_source.h"
+#include "tests/support/child.h"
+#include "tests/support/fixed_params.h"
+#include "tests/support/recording_log.h"
+#include "tests/support/temp_dir.h"
+#include "tests/support/thrown_text.h"
+
+#include <gmock/gmock.h>
+
+/// The ground of most tests here: a directory of the test's own, which is the product's root too, the
+/// accounts of tests/support/accounts and a log that is recorded.
+class LibraryTest : public testing::Test {
+protected:
+    test_support::TempDir dir;
+    const test_support::FixedParams params{{{"PRODUCT_ROOT_D", dir.path()}, {"BSAADM", "worker"}}};
+    test_support::RecordingLog log;
+};
+
+/// Tests of what needs root, who alone can give files away. Anybody else skips them.
+class RootTest : public LibraryTest {
+protected:
+    void SetUp() override {
+        if (geteuid() != 0) {
+            GTEST_SKIP() << "only root can give files away";
+        }
+    }
+};
