@@ -44,16 +44,16 @@ TEST_F(Configure, StockAppendersWorkBesideTheStandardErrorOne) {
     EXPECT_EQ(test_support::readFile(dir.path("f.log.1")), "INFO    : first, long line\n");
 }
 
-const std::string fileAppender = "rootCategory=INFO,F\nappender.F=FileAppender\n"
-                                 "appender.F.fileName=${DIR}/${NAME}\nappender.F.layout=PatternLayout\n";
+/// A file appender to which only its pattern is missing.
+const std::string kFile = "rootCategory=INFO,F\nappender.F=FileAppender\nappender.F.fileName=${DIR}/${NAME}\n"
+                          "appender.F.layout=PatternLayout\nappender.F.layout.ConversionPattern=";
 
 TEST_F(Configure, VariablesWinOverTheFileAndTheFileOverTheEnvironmentAndHoldAnyText) {
     const test_support::ScopedEnv inBoth("IN_BOTH", "environment");
     const test_support::ScopedEnv inOne("IN_ONE", "environment");
-    const std::string pattern = "appender.F.layout.ConversionPattern="
-                                "${IN_BOTH} ${IN_ONE} [${NONE}] ${NAME}${${}a} ${open\n";
+    const std::string pattern = "${IN_BOTH} ${IN_ONE} [${NONE}] ${NAME}${${}a} ${open\n";
     for (const std::string name : {"a#b", "${DIR}", "${", " \nrootCategory=ERROR\t", "\xff\x01 \\"}) {
-        configure("DIR=/none\nlog4j.IN_BOTH=file\n" + fileAppender + pattern, {{"NAME", name}});
+        configure("DIR=/none\nlog4j.IN_BOTH=file\n" + kFile + pattern, {{"NAME", name}});
         log4cpp::Category::getRoot().info("m");
         EXPECT_EQ(test_support::readFile(dir.path(name)), "file environment [] " + name + "${a} ${open");
     }
@@ -62,9 +62,9 @@ TEST_F(Configure, VariablesWinOverTheFileAndTheFileOverTheEnvironmentAndHoldAnyT
 TEST_F(Configure, ABrokenFileRaisesAndLeavesNoAppenderBehind) {
     const std::string cases[] = {
         "",
-        "log4j.rootCategory=LOUD,F\n" + fileAppender,
-        fileAppender + "appender.Z=NoSuchAppender\n",
-        fileAppender + "appender.F.layout.ConversionPattern=%C%q\n",
+        "log4j.rootCategory=LOUD,F\n" + kFile + "%m\n",
+        kFile + "%m\nappender.Z=NoSuchAppender\n",
+        kFile + "%C%q\n",
     };
     for (const std::string& text : cases) {
         EXPECT_THROW(configure(text, {{"NAME", "f.log"}}), log4cpp::ConfigureFailure) << text;
