@@ -75,7 +75,7 @@ TEST_F(Spawn, TheChildInheritsNoDescriptorAboveTwo) {
             const rlimit limit{1024, 1024};
             setrlimit(RLIMIT_NOFILE, &limit);
             for (int i = 0; i < open; ++i) {
-                dup2(0, 10 + i);
+                dup2(STDOUT_FILENO, 10 + i);
             }
             run("echo /proc/$$/fd/*", "", {});
             printf("%s", output.c_str());
