@@ -56,20 +56,6 @@ TEST_F(SessionTest, LogTellsHowTheRunBeganWhatWentWrongAndHowItEnded) {
     EXPECT_EQ(log().find("PRIVATE KEY"), std::string::npos);
 }
 
-TEST_F(SessionTest, StartLineRunsTheSameCommandWhenPastedIntoAShell) {
-    const std::string dump = dir.path("a 'b' \"c\"\n$(touch x);\xff*");
-    std::ofstream(dump) << "content";
-    tool({"--session-path=" + session, "--verify-dump", dump, ""});
-    const std::string content = log();
-    const std::string mark = "backup_sign started : ";
-    const std::size_t begin = content.find(mark) + mark.size();
-    const std::string command = content.substr(begin, content.find(" ''\n", begin) + 3 - begin);
-    std::filesystem::remove_all(session);
-    EXPECT_EQ(shell("cd \"$1\" && eval \"$2\" || true; ls x 2>/dev/null || true", {dir.path(), command}),
-              "File  not found\n");
-    EXPECT_EQ(log().substr(log().find(mark), command.size() + mark.size()), mark + command);
-}
-
 TEST_F(SessionTest, RunWithoutASessionLeavesNoTrace) {
     const std::string dump = dir.write("dump", "content");
     expectSilentSuccess({"--generate"});
