@@ -10,81 +10,66 @@ using namespace test_support;
 using testing::MatchesRegex;
 namespace fs = std::filesystem;
 
+/// Every test saves "doc", a whole document, and "node", one of its nodes, below the folder "out".
 class AtomicSave : public RootTest {
 protected:
-    /// Saves a document to out/doc and a node to out/node; what was raised, a line each. The settings are
-    /// read once in a process, so that each save runs in a child of its own.
-    std::string save(const std::string& account, const std::string& settings, uid_t user) const {
+    /// What was raised. The settings are read once in a process, so that each save runs in a child of its
+    /// own.
+    std::string save(const std::string& name, const char* account = "worker", uid_t user = 0) const {
         dir.write("admin/conf/panel.ini", "[bmm]\nlocalPauseBetweenAttempts = 1\n" + settings);
         fs::permissions(dir.path(), fs::perms(0755));
-        fs::permissions(out, fs::perms(0777));
-        const auto saveBoth = [&] {
+        fs::permissions(dir.path("out"), fs::perms(0777));
+        const auto saveAs = [&] {
             const FixedParams own({{"PRODUCT_ROOT_D", dir.path()}, {"BSAADM", account}});
-            tXmlBmmDocument document(std::string("<a><b>&amp;</b></a>"));
+            tXmlBmmDocument document(std::string("<a><b/></a>"));
             document.initFileDoc("a");
-            const auto attempt = [](const std::function<void()>& action) {
-                try {
-                    action();
-                } catch (const IExTraceable& e) {
-                    puts(e.what());
-                }
-            };
+            const XmlNode node(document.doc_.get(), document.root_->children);
             requireThat(setuid(user) == 0, "setuid");
-            attempt([&] { document.saveToFileAtomically(out + "/doc"); });
-            attempt([&] {
-                XmlNode(document.doc_.get(), document.root_).getNode("b").saveToFileAtomically(out + "/node");
-            });
+            name == "doc" ? document.saveToFileAtomically(out + name) : node.saveToFileAtomically(out + name);
         };
-        return inChild(saveBoth).out;
+        return inChild(saveAs).err;
     }
 
-    /// The content of both files, with what is known of their owner.
-    void expectFiles(const std::string& document, const std::string& node, uid_t uid, gid_t gid) const {
-        EXPECT_EQ(readFile(out + "/doc") + readFile(out + "/node"), document + node);
-        for (const char* name : {"/doc", "/node"}) {
-            EXPECT_EQ(statFile(out + name).st_uid, uid) << name;
-            EXPECT_EQ(statFile(out + name).st_gid, gid) << name;
-        }
+    void expectFile(const std::string& name, const std::string& content, const std::string& owner) const {
+        const struct stat info = statFile(out + name);
+        EXPECT_EQ(readFile(out + name), content);
+        EXPECT_EQ(fmtlib::format("{}:{} {:o}", info.st_uid, info.st_gid, info.st_mode & 0777), owner);
     }
 
-    long filesLeft() const { return std::distance(fs::directory_iterator(out), {}); }
+    long filesLeft() const { return std::distance(fs::directory_iterator(dir.path("out")), {}); }
 
-    const std::string out = fs::path(dir.write("out/doc", "old")).parent_path();
-    const std::string newDocument = "<?xml version=\"1.0\"?>\n<a><b>&amp;</b></a>\n";
-    const std::string newNode = "<b>&amp;</b>";
-    const std::string leftDocument = out + "/bmm-xp-stfa-doc-......";
-    const std::string leftNode = out + "/bmm-xw-stfa-node-......";
+    const std::string out = fs::path(dir.write("out/doc", "old")).parent_path() / "";
+    std::string settings;
 };
 
 TEST_F(AtomicSave, TheNewContentBelongsToThePanelsAccountAndItsPrimaryGroup) {
-    EXPECT_EQ(save("worker", "", 0), "");
-    expectFiles(newDocument, newNode, 54321, 54322);
-    EXPECT_EQ(statFile(out + "/doc").st_mode & 07777, 0600U);
-    EXPECT_EQ(save("nobody-here", "", 0), "");
-    expectFiles(newDocument, newNode, 0, 0);
+    for (const auto& [account, owner] : {std::pair{"worker", "54321:54322 600"}, {"nobody", "0:0 600"}}) {
+        EXPECT_EQ(save("doc", account) + save("node", account), "");
+        expectFile("doc", "<?xml version=\"1.0\"?>\n<a><b/></a>\n", owner);
+        expectFile("node", "<b/>", owner);
+    }
     EXPECT_EQ(filesLeft(), 2);
 }
 
 TEST_F(AtomicSave, AFailureKeepsTheOldContentWithTheNewOneBesideIt) {
     dir.write("out/node", "old");
-    EXPECT_THAT(save("worker", "", 54323),
-                MatchesRegex("Cannot take ownership of " + leftDocument +
-                             ": Operation not permitted\nCannot take ownership of " + leftNode +
-                             ": Operation not permitted\n"));
-    expectFiles("old", "old", 0, 0);
-    EXPECT_EQ(filesLeft(), 4);
-    EXPECT_EQ(save("worker", "localMaxFieIoAttempts = 0", 0), "");
-    EXPECT_EQ(readFile(out + "/doc"), "old") << "without attempts a document is not renamed";
+    for (const auto& [name, work] :
+         {std::pair{"doc", "bmm-xp-stfa-doc-......"}, {"node", "bmm-xw-stfa-node-......"}}) {
+        EXPECT_THAT(save(name, "worker", 54323),
+                    MatchesRegex("Cannot take ownership of " + out + work + ": Operation not permitted"));
+        expectFile(name, "old", "0:0 644");
+        fs::remove(out + name);
+        dir.write("out/" + std::string(name) + "/occupied", "");
+        EXPECT_THAT(save(name), MatchesRegex("Cannot rename " + out + work + " to " + out + name + ": .*"));
+    }
+    EXPECT_EQ(filesLeft(), 6);
 }
 
-TEST_F(AtomicSave, ATargetThatCannotBeReplacedIsTold) {
-    fs::remove(out + "/doc");
-    dir.write("out/doc/occupied", "");
-    dir.write("out/node/occupied", "");
-    EXPECT_THAT(save("worker", "", 0),
-                MatchesRegex("Cannot rename " + leftDocument + " to " + out + "/doc: .*\nCannot rename " +
-                             leftNode + " to " + out + "/node: .*\n"));
-    EXPECT_EQ(filesLeft(), 4);
+TEST_F(AtomicSave, WithoutAttemptsADocumentIsNotRenamed) {
+    settings = "localMaxFieIoAttempts = 0";
+    EXPECT_EQ(save("doc"), "");
+    expectFile("doc", "old", "0:0 644");
+    EXPECT_EQ(filesLeft(), 2);
 }
 
 } // namespace

@@ -14,9 +14,7 @@ using namespace brask;
 TEST(TextUtils, HexTextReadsBackAndAnythingElseIsRefused) {
     EXPECT_EQ(HexEncode("\xAB\x01\xFF"), "AB:01:FF");
     EXPECT_EQ(HexDecode("AB:01:FF"), "\xAB\x01\xFF");
-    EXPECT_EQ(HexDecode("ab01"), "\xAB\x01");
-    EXPECT_THAT(test_support::thrownText<OpenSslException>([] { HexDecode("0x"); }),
-                testing::StartsWith("Unable to perform HEX decoding: OpenSSL error: error:"));
+    EXPECT_THROW(HexDecode("0x"), OpenSslException);
 }
 
 TEST(TextUtils, StrayBytesAreReplacedAndACutOffEndIsDropped) {
@@ -39,15 +37,10 @@ TEST(TextUtils, AnEscapedTextMatchesItselfAndALongOneIsCut) {
     EXPECT_EQ(truncateLines(std::string(40, '\n')), lines + "\n... (truncated)");
 }
 
-TEST(TextUtils, LevelsTimesAndPasswordsFollowTheirTables) {
-    EXPECT_EQ(compressionLevelFor(0, 4), 9);
-    EXPECT_EQ(compressionLevelFor(1, 2), 5);
-    EXPECT_EQ(test_support::thrownText<std::runtime_error>([] { compressionLevelFor(0, 5); }),
-              "Invalid compression level: 5");
+TEST(TextUtils, TimesAreLocalAndPasswordsHaveEveryClass) {
     const test_support::ScopedEnv zone("TZ", "XYZ-5:30");
     tzset();
     EXPECT_EQ(formatTimestamp(std::chrono::system_clock::from_time_t(1709231399)), "20240229T235959");
-    EXPECT_TRUE(std::regex_match(randomName(), std::regex("[a-zA-Z0-9]{7}")));
     const std::string password = randomPassword(4);
     for (const char* set : {"[0-9]", "[A-Z]", "[a-z]", R"([~!@#$;%^&()\-_+=,.{}[\]])"}) {
         EXPECT_TRUE(std::regex_search(password, std::regex(set))) << password << " lacks " << set;
