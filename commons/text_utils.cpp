@@ -3,7 +3,6 @@
 #include "commons/format.h"
 #include "commons/system_error.h"
 
-#include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/join.hpp>
 #include <boost/algorithm/string/split.hpp>
 #include <openssl/crypto.h>
@@ -112,7 +111,7 @@ std::string escapeRegex(const std::string& text) {
 
 std::string truncateLines(const std::string& text) {
     std::vector<std::string> lines;
-    boost::algorithm::split(lines, text, boost::algorithm::is_any_of("\r\n"));
+    boost::algorithm::split(lines, text, [](char c) { return c == '\r' || c == '\n'; });
     if (lines.size() > kMaxLines) {
         lines.resize(kMaxLines);
         lines.emplace_back("... (truncated)");

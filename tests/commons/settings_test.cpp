@@ -60,7 +60,7 @@ TEST_F(BackupSettingsFile, OverridesWhatItNamesUpToABadNumberAndNeverFailsTheCal
     expected.ftpMaxResumeAttempts = 1;
     std::string bytes = "[bmm]\n";
     for (int i = 0; i < 200000; ++i) {
-        bytes += static_cast<char>(i * i % 251);
+        bytes += static_cast<char>(i % 251 * i % 241);
     }
     const std::pair<std::string, std::string> cases[] = {
         {"ftpKeepAlive = 9\n[bmm]\nftpMaxResumeAttempts = 1 ; s\nx = 9\nftpKeepAliveIdle = x",
