@@ -18,9 +18,7 @@ BRASK_ERROR_TAG(BoostStyle, "%1% of %2%")
 TEST(Error, ItsCopyTellsWhatWentWrongWhereAndWhy) {
     Error<&TwoPlaceholders> outer;
     outer.Format("{}", 2);
-    EXPECT_THAT(
-        GetErrorText(outer),
-        MatchesRegex("TwoPlaceholders \\{\\} and 2 \\[.*exceptions_test.cpp:TwoPlaceholders\\] \n.*"));
+    EXPECT_THAT(GetErrorText(outer), testing::HasSubstr("exceptions_test.cpp:TwoPlaceholders] \n"));
     outer.Include(Error<&ParamError, ExFatal>().Format("x", "y"));
     EXPECT_EQ(GetErrorMessage(Error<&TwoPlaceholders>(outer)), "{} and 2: Can't get param x: y");
     EXPECT_THAT(Error<&TwoPlaceholders>().Format(1).what(), testing::EndsWith(": {} and {}"));

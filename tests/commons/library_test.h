@@ -1,6 +1,5 @@
 #pragma once
 
-#include "commons/param_source.h"
 #include "tests/support/child.h"
 #include "tests/support/fixed_params.h"
 #include "tests/support/recording_log.h"

@@ -1,4 +1,5 @@
 #include "commons/backup_settings.h"
+#include "commons/product_paths.h"
 #include "commons/settings_parser.h"
 #include "tests/commons/library_test.h"
 
@@ -8,6 +9,7 @@
 namespace {
 
 using namespace brask;
+using testing::EndsWith;
 
 TEST(SettingsParser, ReadsEveryFormOfTheSyntax) {
     const std::pair<std::string, SettingsMap> cases[] = {
@@ -35,14 +37,6 @@ TEST(SettingsParser, TellsWhereAndWhatItExpected) {
     }
 }
 
-TEST(GetSetting, ConvertsToTheTypeAskedFor) {
-    const SettingsMap values{{"s.n", " -12abc"}, {"s.big", "4294967296"}, {"s.off", "OFF"}};
-    EXPECT_EQ(getSetting<int>(values, "s", "n", 0), -12);
-    EXPECT_THROW(getSetting<unsigned>(values, "s", "big", 0), std::out_of_range);
-    EXPECT_FALSE(getSetting<bool>(values, "s", "off", true));
-    EXPECT_TRUE(getSetting<bool>(values, "s", "n", false));
-}
-
 /// Every value by its name, in order, as a settings file has it.
 std::string describe(const BackupSettings::Values& values) {
     std::ostringstream text;
@@ -63,19 +57,18 @@ TEST_F(BackupSettingsFile, OverridesWhatItNamesUpToABadNumberAndNeverFailsTheCal
         bytes += static_cast<char>(i % 251 * i % 241);
     }
     const std::pair<std::string, std::string> cases[] = {
-        {"ftpKeepAlive = 9\n[bmm]\nftpMaxResumeAttempts = 1 ; s\nx = 9\nftpKeepAliveIdle = x",
-         describe(expected)},
+        {"ftpKeepAlive = 9\n[bmm]\nftpMaxResumeAttempts = 1 ; s\nftpKeepAliveIdle = x", describe(expected)},
         {"[bmm]\nftpMaxResumeAttempts = 1\n[x\n", describe({})},
+        {"[bmm]\narchiverMaxThreads = 4294967296", describe({})},
         {bytes, describe({})}};
     for (const auto& [text, values] : cases) {
         EXPECT_EQ(describe(BackupSettings(dir.write("panel.ini", text)).all()), values) << text;
     }
     EXPECT_EQ(describe(BackupSettings(dir.path("missing")).all()), describe({}));
     EXPECT_EQ(describe(BackupSettings(dir.path()).all()), describe({}));
-    const std::string start =
-        "Unable to read backup settings, default settings will be used instead. Details: ";
-    EXPECT_EQ(log.lines[1], start + "stol");
-    EXPECT_EQ(log.lines[3], start + "Parse error: Expected ']', found '<EOL>': Line 3, column 3");
+    EXPECT_THAT(log.lines[1], EndsWith("default settings will be used instead. Details: stol"));
+    EXPECT_THAT(log.lines[3], EndsWith("Parse error: Expected ']', found '<EOL>': Line 3, column 3"));
+    EXPECT_THAT(log.lines[5], EndsWith("'4294967296' is out of range of 'unsigned int' type"));
 }
 
 TEST(ShippedSettingsFile, ListsEveryValueAtItsDefaultAndSetsNone) {
@@ -83,6 +76,22 @@ TEST(ShippedSettingsFile, ListsEveryValueAtItsDefaultAndSetsNone) {
     EXPECT_TRUE(SettingsParser().parse(text).empty());
     EXPECT_EQ(SettingsParser().parse(std::regex_replace(text, std::regex("(^|\n);(\\w+ = )"), "$1$2")),
               SettingsParser().parse("[bmm]\n" + describe({})));
+}
+
+TEST(ProductPaths, HaveOneSlashAtEachJointExceptWhereTheyAreConcatenated) {
+    const char* const cases[][3] = {{"/a/", "/b", "/a/b"}, {"a", "b", "a/b"}, {"", "b", "b"}, {"a", "", "a"}};
+    for (const auto& [a, b, joined] : cases) {
+        EXPECT_EQ(joinPath(a, b), joined);
+    }
+    const test_support::FixedParams params(test_support::FixedParams::Values{{"PRODUCT_ROOT_D", "/p/"}});
+    EXPECT_EQ(getBmmConfigFile(), "/p/BMM/log4cpp.properties");
+    EXPECT_EQ(getLibxmlProxyPath(), "/p//admin/sbin/libxml-proxy");
+}
+
+TEST(ParamFromBSAStrategy, KnowsTheAccountAndWhatItsTableHas) {
+    const ParamFromBSAStrategy source;
+    EXPECT_EQ(source.getParam("BSAADM"), "bsaadm");
+    EXPECT_THROW(source.getParam("UNKNOWN"), Error<&ParamError>);
 }
 
 } // namespace

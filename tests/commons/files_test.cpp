@@ -2,14 +2,18 @@
 #include "commons/file_utils.h"
 #include "commons/rename.h"
 #include "commons/retry.h"
+#include "commons/temp_file.h"
 #include "tests/commons/library_test.h"
 
 #include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
 
 namespace {
 
 using namespace brask;
 using namespace test_support;
+using testing::MatchesRegex;
 using testing::StartsWith;
 namespace fs = std::filesystem;
 
@@ -35,12 +39,9 @@ using FileUtils = LibraryTest;
 TEST_F(FileUtils, NewDirectoriesHaveOneModeAndCopiesAllBytes) {
     const mode_t before = umask(022);
     make_dir(dir.path("a//b/"), geteuid(), getegid(), 0770);
-    make_dir(dir.write("file", "content") + "/below", 1, 1, 0777);
     umask(before);
     EXPECT_EQ(statFile(dir.path("a")).st_mode & 07777, 0750U);
     EXPECT_EQ(statFile(dir.path("a/b")).st_mode & 07777, 0750U);
-    EXPECT_EQ(statFile(dir.path()).st_mode & 07777, 0700U);
-    EXPECT_EQ(readFile(dir.path("file")), "content");
 
     const std::string content(300001, 'x');
     const int from = open(dir.write("from", content).c_str(), O_RDONLY | O_CLOEXEC);
@@ -65,38 +66,20 @@ TEST_F(FileUtils, GuardsRemoveWhatTheyOwnAndLogWhatTheyCannot) {
     EXPECT_THAT(log.lines.back(), StartsWith("Unable to delete the file '" + dir.path("occupied") + "': "));
 }
 
-class FileSystems : public LibraryTest {
-protected:
-    void SetUp() override {
-        if (statFile(dir.path()).st_dev == statFile(there.path()).st_dev) {
-            GTEST_SKIP() << "the temporary directory and /dev/shm are one file system";
-        }
+TEST_F(FileUtils, FilesAndTreesGoFromOneFileSystemToTheOther) {
+    const TempDir there("/dev/shm");
+    if (statFile(dir.path()).st_dev == statFile(there.path()).st_dev) {
+        GTEST_SKIP() << "the temporary directory and /dev/shm are one file system";
     }
-
-    TempDir there{"/dev/shm"};
-};
-
-TEST_F(FileSystems, AFileIsMovedFromOneToTheOtherUnlessTheTargetExists) {
-    const std::string from = dir.write("from", "new");
-    const std::string to = there.write("to", "old");
-    EXPECT_THAT(thrownText<Error<&CantRenameFile>>([&] { brask::rename(from, to); }),
-                StartsWith("Cannot rename " + from + " to " + to + ": "));
-    EXPECT_EQ(readFile(from) + readFile(to), "newold");
-    fs::remove(to);
-    brask::rename(from, to);
-    EXPECT_EQ(readFile(to), "new");
-    EXPECT_FALSE(fs::exists(from));
-}
-
-TEST_F(FileSystems, ATreeIsCopiedOrMovedFromOneToTheOther) {
     const std::string from = dir.path("from");
     dir.write("from/file", "content");
     dir.write("from/inner/run", "");
     fs::create_symlink("nowhere", from + "/link");
     fs::permissions(from + "/inner", fs::perms(0750));
-    const auto move = [](const fs::path& source, const fs::path& target, bool) {
-        brask::rename(source, target);
-    };
+    const std::string old = there.write("old/file", "old");
+    EXPECT_THAT(thrownText<Error<&CantRenameFile>>([&] { brask::rename(from + "/file", old); }),
+                StartsWith("Cannot rename " + from + "/file to " + old + ": "));
+    const auto move = [](const fs::path& a, const fs::path& b, bool) { brask::rename(a, b); };
     for (const auto carry : {copyDirectory, copyDirectoryRecursively, +move}) {
         const TempDir parent(there.path());
         const std::string to = parent.path("to");
@@ -111,6 +94,46 @@ TEST_F(FileSystems, ATreeIsCopiedOrMovedFromOneToTheOther) {
         EXPECT_TRUE(fs::exists(to + "/inner/run"));
     }
     EXPECT_FALSE(fs::exists(from));
+    brask::rename(dir.write("single", "new"), there.path("single"));
+    EXPECT_EQ(readFile(there.path("single")), "new");
+}
+
+class TempFile : public RootTest {
+protected:
+    std::string createAt() const {
+        srand(7); // the same characters each time
+        const int dirFd = open(dir.path().c_str(), O_RDONLY | O_DIRECTORY);
+        return BMM_getTempFileAt(dir.path(), dirFd, "at").first;
+    }
+};
+
+TEST_F(TempFile, NamesAndModesFollowOneSchemeAndATakenNameIsDrawnAgain) {
+    const std::string path = BMM_getTempFileName(dir.path() + "/", "x", false);
+    EXPECT_THAT(path, MatchesRegex(dir.path("bmm-x-[A-Za-z0-9]{6}")));
+    EXPECT_EQ(statFile(path).st_mode, S_IFREG | 0600U);
+    EXPECT_THAT(BMM_getTempFileName(dir.path(), "exact", true), MatchesRegex(dir.path("exact......")));
+    EXPECT_EQ(statFile(BMM_makeTempFileDirectory(dir.path(), "d", false)).st_mode, S_IFDIR | 0700U);
+    EXPECT_THAT(thrownText<Error<&CantCreateTempFile>>([] { BMM_getTempFile("", "x", false); }),
+                testing::HasSubstr("template '" + dir.path("BMM/tmp/bmm-x-")));
+    const std::string removed = BMMTmpFile(dir.path(), "s", true).name();
+    EXPECT_FALSE(fs::exists(removed));
+    EXPECT_NE(createAt(), createAt());
+}
+
+TEST_F(TempFile, AFullFileSystemIsFatalAndNamesTheDirectory) {
+    const auto outcome = inChild([&] {
+        if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount("none", dir.path().c_str(), "tmpfs", 0, "nr_inodes=1") != 0) {
+            throw std::runtime_error("no mount");
+        }
+        using Full = Error<&NotEnoughSpaceAt, ExFatal>;
+        puts(thrownText<Full>([&] { BMM_getTempFile(dir.path(), "x", false); }).c_str());
+        puts(thrownText<Full>([&] { createAt(); }).c_str());
+        puts(thrownText<Full>([&] { BMM_makeTempFileDirectory(dir.path(), "x", false); }).c_str());
+    });
+    const std::string text = "Selected filesystem at " + dir.path() +
+                             " has only 0 bytes free, but 4096 bytes are needed for operation\n";
+    EXPECT_TRUE(outcome.out == text + text + text || outcome.err == "no mount") << outcome.out;
 }
 
 } // namespace
