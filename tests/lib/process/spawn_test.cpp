@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include <sys/resource.h>
 
 namespace {
@@ -33,6 +35,25 @@ TEST_F(Spawn, MegabytesGoThroughAllThreePipesInOrder) {
     EXPECT_EQ(run("tee /proc/self/fd/2", input, {}), 0);
     EXPECT_TRUE(output == input) << output.size();
     EXPECT_TRUE(error == input) << error.size();
+}
+
+TEST_F(Spawn, WritesTheRestOfABlockThatAPipeTookInPart) {
+    // More than a pipe holds, so that one write can't take it whole.
+    std::string block(300'000, '\0');
+    std::generate(block.begin(), block.end(), [i = 0]() mutable { return static_cast<char>(i++ % 251); });
+    std::pair<std::string, std::string> inAndOut{block, ""};
+    InputCallback* const giveAll = [](char* buffer, size_t, void* context) {
+        std::string& rest = static_cast<std::pair<std::string, std::string>*>(context)->first;
+        return std::exchange(rest, "").copy(buffer, 300'000);
+    };
+    OutputCallback* const take = [](const char* data, size_t length, void* context) {
+        static_cast<std::pair<std::string, std::string>*>(context)->second.append(data, length);
+    };
+    std::string script = "cat";
+    EXPECT_EQ(forkExecvGetOutErr(giveAll, take, nullptr, "sh", shell(script), "", false, {}, &inAndOut,
+                                 300'000, 4096, 4096),
+              0);
+    EXPECT_TRUE(inAndOut.second == block);
 }
 
 TEST_F(Spawn, GivesTheExitCodeOrMinusOneAndAddsToTheOutput) {
