@@ -20,6 +20,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (brask::bsaConfLoad(path.c_str(), conf) != 0) {
         std::abort();
     }
-    brask::bsaConfFree(conf);
+    // Not by bsaConfFree: it walks all slots, and those beyond the first array hold anything until they are
+    // used.
+    for (std::size_t i = 0; i < conf->count; ++i) {
+        std::free(conf->entries[i].name);
+        std::free(conf->entries[i].value);
+    }
+    std::free(conf->entries);
+    std::free(conf);
     return 0;
 }
