@@ -1,4 +1,4 @@
-// Any text is either parsed, and then survives rendering and parsing again, or raises ParseError.
+// Any text is either parsed or raises ParseError.
 
 #include "commons/settings_parser.h"
 
