@@ -3,11 +3,8 @@
 #include "commons/call_no_throw.h"
 #include "commons/format.h"
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
 #include <stdexcept>
-#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -72,10 +69,7 @@ void SharedFile::Append(std::string data) {
 }
 
 void SharedFile::AppendLine(const std::string& line) {
-    underExclusiveLock([&] {
-        dropTornLine();
-        writeAtEnd(line + "\n");
-    });
+    underExclusiveLock([&] { writeAtEnd((endsInsideLine() ? "\n" : "") + line + "\n"); });
 }
 
 void SharedFile::underExclusiveLock(const std::function<void()>& step) {
@@ -97,30 +91,13 @@ void SharedFile::underExclusiveLock(const std::function<void()>& step) {
     }
 }
 
-void SharedFile::dropTornLine() const {
+bool SharedFile::endsInsideLine() const {
     const off_t end = seekEnd();
-    const off_t lineEnd = lastLineEnd(end);
-    if (lineEnd < end && TEMP_FAILURE_RETRY(ftruncate(fd_, lineEnd)) == -1) {
-        raiseSystemError("Failed to truncate the file {}");
+    char last = '\n';
+    if (end > 0 && TEMP_FAILURE_RETRY(pread(fd_, &last, 1, end - 1)) == -1) {
+        raiseSystemError("Failed to read the file {}");
     }
-}
-
-off_t SharedFile::lastLineEnd(off_t end) const {
-    std::array<char, 4096> block{};
-    while (end > 0) {
-        const off_t begin = std::max<off_t>(0, end - static_cast<off_t>(block.size()));
-        const auto count =
-            TEMP_FAILURE_RETRY(pread(fd_, block.data(), static_cast<std::size_t>(end - begin), begin));
-        if (count == -1) {
-            raiseSystemError("Failed to read the file {}");
-        }
-        const std::string_view text(block.data(), static_cast<std::size_t>(count));
-        if (const std::size_t found = text.rfind('\n'); found != std::string_view::npos) {
-            return begin + static_cast<off_t>(found) + 1;
-        }
-        end = begin;
-    }
-    return 0;
+    return last != '\n';
 }
 
 off_t SharedFile::seekEnd() const {

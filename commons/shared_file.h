@@ -42,8 +42,8 @@ public:
     /// or a kill, may leave a part of `data` in the file.
     void Append(std::string data);
 
-    /// The same for a line and its line feed, in a file of lines: what stands behind the last line feed, the
-    /// torn record of a writer that was killed or out of space, is cut off first.
+    /// The same for a line and its line feed, in a file of lines. What stands behind the last line feed
+    /// stays, whoever wrote it, and becomes a line of its own.
     void AppendLine(const std::string& line);
 
 private:
@@ -51,8 +51,7 @@ private:
 
     void lock(int operation, LockMode mode);
     void underExclusiveLock(const std::function<void()>& step);
-    void dropTornLine() const;
-    off_t lastLineEnd(off_t end) const;
+    bool endsInsideLine() const;
     off_t seekEnd() const;
     void writeAtEnd(std::string data) const;
     [[noreturn]] void raiseSystemError(const char* messageTemplate) const;
