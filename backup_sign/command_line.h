@@ -2,7 +2,7 @@
 
 // The command line: its options, the two parsers of the older calling forms, and the help text.
 
-#include "commons/error.h"
+#include "commons/errors/error.h"
 
 #include <boost/program_options/option.hpp>
 #include <boost/program_options/options_description.hpp>

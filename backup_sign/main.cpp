@@ -4,8 +4,8 @@
 #include "backup_sign/command_line.h"
 #include "backup_sign/run_lifetime.h"
 #include "backup_sign_lib/backup_sign.h"
-#include "commons/log_facade.h"
-#include "commons/param_source.h"
+#include "commons/log/log_facade.h"
+#include "commons/panel/param_source.h"
 
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/exception/exception.hpp>

@@ -1,8 +1,8 @@
 #include "backup_sign/run_lifetime.h"
 
-#include "commons/error_report.h"
-#include "commons/locale_check.h"
-#include "commons/xml_entity_loader.h"
+#include "commons/run/error_report.h"
+#include "commons/run/locale_check.h"
+#include "commons/xml/xml_entity_loader.h"
 
 namespace {
 
@@ -15,6 +15,8 @@ RunLifetime::SessionBracket::SessionBracket(int argc, char** argv, const RunOpti
       startStop(kToolName, argc, argv) {}
 
 RunLifetime::RunLifetime(int argc, char** argv, const RunOptions& options) {
+    // Before the first log line there can be.
+    brask::ErrorReportSender::installForLog();
     if (!options.sessionPath.empty()) {
         sessionBracket.emplace(argc, argv, options);
     }

@@ -3,10 +3,10 @@
 // The bracket round the dispatch of a command: session, debug log, start and stop lines, the set-up that
 // every command needs, and profiling.
 
-#include "commons/debug_log.h"
-#include "commons/profiling.h"
-#include "commons/session.h"
-#include "commons/start_stop_logger.h"
+#include "commons/run/debug_log.h"
+#include "commons/run/profiling.h"
+#include "commons/run/session_files.h"
+#include "commons/run/start_stop_logger.h"
 
 #include <optional>
 #include <string>

@@ -4,8 +4,8 @@
 #include "backup_sign_lib/rsa_keys.h"
 #include "backup_sign_lib/sign_errors.h"
 #include "backup_sign_lib/signature_document.h"
-#include "commons/log_facade.h"
-#include "commons/product_paths.h"
+#include "commons/log/log_facade.h"
+#include "commons/panel/product_paths.h"
 #include "lib/process/lib/ExecCmd.h"
 #include "lib/process/lib/sigpipe_guard.h"
 

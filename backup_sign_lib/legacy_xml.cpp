@@ -3,8 +3,8 @@
 
 #include "backup_sign_lib/backup_sign.h"
 #include "backup_sign_lib/sign_errors.h"
-#include "commons/xml_document.h"
-#include "commons/xml_wrap.h"
+#include "commons/xml/xml_document.h"
+#include "commons/xml/xpath_expr.h"
 
 #include <array>
 #include <cstdio>

@@ -2,7 +2,7 @@
 
 // What can go wrong with a signature. All are raised as Error<&Tag, ExDefault>.
 
-#include "commons/error.h"
+#include "commons/errors/error.h"
 
 namespace brask {
 

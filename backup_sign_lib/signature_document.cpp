@@ -5,8 +5,8 @@
 #include "backup_sign_lib/rsa_keys.h"
 #include "backup_sign_lib/rsa_signature.h"
 #include "backup_sign_lib/sign_errors.h"
-#include "commons/format.h"
-#include "commons/xml_wrap.h"
+#include "commons/errors/format.h"
+#include "commons/xml/xpath_expr.h"
 
 #include <array>
 #include <map>

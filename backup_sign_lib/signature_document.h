@@ -4,7 +4,7 @@
 // XML digital signature, but it is written as plain text, to the byte, and nothing is ever canonicalised.
 
 #include "backup_sign_lib/digest.h"
-#include "commons/xml_document.h"
+#include "commons/xml/xml_document.h"
 
 #include <memory>
 #include <string>

@@ -1,9 +1,8 @@
 #pragma once
 
-// The utilities that utils.h does not hold, under one name: guarded calls, the locale, times and random
-// texts.
+// The utilities that utils.h does not hold: guarded calls, the locale, times and random texts.
 
-#include "commons/call_no_throw.h"
-#include "commons/locale_check.h"
-#include "commons/random_text.h"
-#include "commons/time_utils.h"
+#include "commons/log/call_no_throw.h"
+#include "commons/run/locale_check.h"
+#include "commons/text/random_text.h"
+#include "commons/text/time_utils.h"

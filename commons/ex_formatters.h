@@ -2,5 +2,5 @@
 
 // Every rendering of an exception: as text and as XML.
 
-#include "commons/text_formatters.h"
-#include "commons/xml_msg_formatter.h"
+#include "commons/errors/text_formatters.h"
+#include "commons/xml/xml_msg_formatter.h"

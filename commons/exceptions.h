@@ -1,9 +1,9 @@
 #pragma once
 
-// The exception family of the library, under one name: base classes, Error, Exc, and the tags that several
-// units share. A tag that only one unit raises stands with that unit.
+// The exception family of the library: base classes, Error, Exc, and the tags that several units share. A tag
+// that only one unit raises is defined with that unit.
 
-#include "commons/error.h"
-#include "commons/ex_base.h"
-#include "commons/exc.h"
-#include "commons/shared_tags.h"
+#include "commons/errors/error.h"
+#include "commons/errors/ex_base.h"
+#include "commons/errors/exc.h"
+#include "commons/errors/shared_tags.h"

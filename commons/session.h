@@ -1,6 +1,6 @@
 #pragma once
 
-// Where things lie: the product tree and the session directory, under one name.
+// Where things lie: the product tree and the session directory.
 
-#include "commons/product_paths.h"
-#include "commons/session_files.h"
+#include "commons/panel/product_paths.h"
+#include "commons/run/session_files.h"

@@ -1,9 +1,10 @@
 #pragma once
 
-// The file and text utilities, under one name. commons.h holds the others.
+// The file and text utilities. commons.h holds the others.
 
-#include "commons/file_guards.h"
-#include "commons/file_utils.h"
-#include "commons/rename.h"
-#include "commons/retry.h"
-#include "commons/text_utils.h"
+#include "commons/crypto/hex_text.h"
+#include "commons/files/file_guards.h"
+#include "commons/files/file_utils.h"
+#include "commons/files/rename.h"
+#include "commons/files/retry.h"
+#include "commons/text/text_utils.h"

@@ -1,8 +1,8 @@
 #pragma once
 
-// Reading, building, writing and validating XML documents, under one name.
+// Reading, building, writing and validating XML documents.
 
-#include "commons/xml_document.h"
-#include "commons/xml_entity_loader.h"
-#include "commons/xml_ptr.h"
-#include "commons/xml_validation.h"
+#include "commons/xml/xml_document.h"
+#include "commons/xml/xml_entity_loader.h"
+#include "commons/xml/xml_ptr.h"
+#include "commons/xml/xml_validation.h"

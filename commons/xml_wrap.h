@@ -1,6 +1,6 @@
 #pragma once
 
-// Looking into an XML document: XPath expressions and node values, under one name.
+// Looking into an XML document: XPath expressions and node values.
 
-#include "commons/xml_node.h"
-#include "commons/xpath_expr.h"
+#include "commons/xml/xml_node.h"
+#include "commons/xml/xpath_expr.h"

@@ -1,6 +1,6 @@
 // Any text is either parsed or raises ParseError.
 
-#include "commons/settings_parser.h"
+#include "commons/panel/settings_parser.h"
 
 #include <cstdint>
 #include <string>

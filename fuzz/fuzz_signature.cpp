@@ -2,7 +2,7 @@
 // well.
 
 #include "backup_sign_lib/utils.h"
-#include "commons/ex_base.h"
+#include "commons/errors/ex_base.h"
 
 #include <libxml/xmlerror.h>
 

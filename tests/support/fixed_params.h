@@ -1,6 +1,6 @@
 #pragma once
 
-#include "commons/param_source.h"
+#include "commons/panel/param_source.h"
 
 #include <map>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "commons/log_facade.h"
-#include "commons/text_formatters.h"
+#include "commons/errors/text_formatters.h"
+#include "commons/log/log_facade.h"
 
 #include <string>
 #include <vector>

@@ -9,7 +9,7 @@
 //
 // The hazards are those of spawn.h; SigpipeGuard is for a utility that may not read its input.
 
-#include "commons/exc.h"
+#include "commons/errors/exc.h"
 #include "lib/process/lib/shell_escape.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "lib/process/lib/child_io.h"
 
-#include "commons/system_error.h"
+#include "commons/errors/system_error.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "commons/system_error.h"
+#include "commons/errors/system_error.h"
 #include "lib/process/lib/identity.h"
 #include "lib/process/lib/sigpipe_guard.h"
 #include "lib/process/lib/spawn.h"

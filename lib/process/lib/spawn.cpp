@@ -1,6 +1,6 @@
 #include "lib/process/lib/spawn.h"
 
-#include "commons/system_error.h"
+#include "commons/errors/system_error.h"
 #include "lib/process/lib/child_io.h"
 #include "lib/runtime/low_level_log.h"
 

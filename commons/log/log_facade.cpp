@@ -1,0 +1,128 @@
+#include "commons/log/log_facade.h"
+
+#include "commons/errors/text_formatters.h"
+
+#include <memory>
+
+namespace brask {
+
+namespace {
+
+// The least important level that the structured log is told of.
+constexpr int kLastStructuredLevel = 2;
+// The least important level that is worth an error report.
+constexpr int kLastReportedLevel = 1;
+
+std::unique_ptr<LogFacade> instance;
+int attachedSinks = 0;
+ReportHook reportHook = nullptr;
+
+} // namespace
+
+DebugLog* currentDebugLog = nullptr;
+Log* currentLog = nullptr;
+
+int severityOfLevel(int level) {
+    switch (level) {
+    case 0:
+        return severity::kError;
+    case 1:
+        return severity::kWarning;
+    default:
+        return severity::kInfo;
+    }
+}
+
+int levelOfSeverity(int severity) {
+    switch (severity) {
+    case severity::kError:
+        return 0;
+    case severity::kWarning:
+        return 1;
+    case severity::kInfo:
+        return 2;
+    default:
+        return 3;
+    }
+}
+
+void LogFacade::Write(int level, bool report, const std::string& message, const ObjectList* objects) {
+    // To the structured log a plain text is an exception without a name.
+    Write(level, report, ExTraceableBase<ExDefault>("", message), message, objects);
+}
+
+void LogFacade::Write(int level, bool report, const IExTraceable& ex, const ObjectList* objects) {
+    Write(level, report, ex, GetErrorText(ex), objects);
+}
+
+void LogFacade::Write(int level, bool report, const IExTraceable& ex, const std::string& text,
+                      const ObjectList* objects) {
+    if (xmlLog != nullptr && level <= kLastStructuredLevel) {
+        if (objects != nullptr) {
+            xmlLog->AddMessage(severityOfLevel(level), ex, *objects);
+        } else {
+            xmlLog->AddMessage(severityOfLevel(level), ex);
+        }
+    }
+    if (debugLog != nullptr) {
+        if (level == 0) {
+            debugLog->Error(text);
+        } else {
+            debugLog->Info(text);
+        }
+    }
+    if (report && level <= kLastReportedLevel && reportHook != nullptr) {
+        reportHook(ComponentOf(objects), text);
+    }
+}
+
+std::string LogFacade::ComponentOf(const ObjectList* objects) const {
+    if (objects != nullptr && !objects->empty()) {
+        return objects->back().second;
+    }
+    const ObjectList current = xmlLog != nullptr ? xmlLog->GetObjects() : ObjectList();
+    return current.empty() ? "general" : current.back().second;
+}
+
+void LogFacade::LogIfEnabled(int level, bool report, const IExTraceable& ex) {
+    LogIfEnabled(level, report, ex, nullptr);
+}
+
+void LogFacade::LogIfEnabled(int level, bool report, const IExTraceable& ex, const ObjectList* objects) {
+    if (level <= this->level) {
+        Write(level, report, ex, objects);
+    }
+}
+
+void LogFacade::SetSinks(DebugLog* debug, Log* xml) {
+    debugLog = debug;
+    xmlLog = xml;
+}
+
+void SetReportHook(ReportHook hook) {
+    reportHook = hook;
+}
+
+LogFacade* GetLogFacade() {
+    return instance.get();
+}
+
+void AttachLogFacade() {
+    if (!instance) {
+        instance = std::make_unique<LogFacade>();
+    }
+    instance->SetSinks(currentDebugLog, currentLog);
+    ++attachedSinks;
+}
+
+void DetachLogFacade() {
+    if (!instance) {
+        return;
+    }
+    instance->SetSinks(currentDebugLog, currentLog);
+    if (--attachedSinks == 0) {
+        instance.reset();
+    }
+}
+
+} // namespace brask

@@ -1,0 +1,99 @@
+#include "commons/run/debug_log.h"
+
+#include "commons/errors/text_formatters.h"
+#include "commons/panel/product_paths.h"
+#include "commons/run/session_files.h"
+#include "lib/process/lib/identity.h"
+#include "log4cpp_additions/configure.h"
+
+#include <log4cpp/Category.hh>
+
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace brask {
+
+namespace {
+
+log4cpp::Category* const category = &log4cpp::Category::getInstance("p.log");
+bool log4cppConfigured = false;
+
+void write(log4cpp::Priority::Value priority, const std::string& text) {
+    log4cpp::CategoryStream stream = category->getStream(priority);
+    if (stream.getPriority() != log4cpp::Priority::NOTSET) {
+        stream << text;
+    }
+}
+
+void attachCustomLog() {
+    if (log4cpp::Appender* customLog = log4cpp::Appender::getAppender("CUSTOMLOG")) {
+        // By reference: the appender stays log4cpp's own.
+        log4cpp::Category::getRoot().addAppender(*customLog);
+    }
+}
+
+/// log4cpp makes a log file readable by everybody; this one is for root and the panel's group. Best effort:
+/// an ordinary user can't give a file away.
+void keepToPanelGroup(const std::string& logFile) {
+    [[maybe_unused]] const int ignored = chown(logFile.c_str(), static_cast<uid_t>(-1), groupId("bsaadm"));
+    chmod(logFile.c_str(), S_IRUSR | S_IWUSR | S_IRGRP);
+}
+
+void configureLog4cpp(bool debug) {
+    const char* customLog = getenv("CUSTOM_LOG");
+    const std::string logFile = session->getLogFile();
+    const bool isNewLog = !std::filesystem::exists(logFile);
+    log4cpp_additions::configure(
+        getBmmConfigFile(),
+        {{"LOG_FILE_NAME", logFile}, {"CUSTOM_LOG_FILE_NAME", customLog == nullptr ? "" : customLog}});
+    if (isNewLog) {
+        keepToPanelGroup(logFile);
+    }
+    if (!debug) {
+        log4cpp::Category& root = log4cpp::Category::getRoot();
+        root.removeAppender(root.getAppender("A2"));
+    }
+    if (customLog != nullptr) {
+        attachCustomLog();
+    }
+}
+
+} // namespace
+
+Log4cppDebugLog::~Log4cppDebugLog() {
+    log4cpp::Category::shutdown();
+}
+
+void Log4cppDebugLog::Info(const std::string& message) {
+    write(log4cpp::Priority::INFO, message);
+}
+
+void Log4cppDebugLog::Error(const std::string& message) {
+    write(log4cpp::Priority::ERROR, message);
+}
+
+void Log4cppDebugLog::Info(const IExTraceable& ex) {
+    Info(GetErrorText(ex));
+}
+
+DebugLogLifetimeController::DebugLogLifetimeController(bool verbose, bool debug) {
+    if (!log4cppConfigured) {
+        configureLog4cpp(debug);
+        log4cppConfigured = true;
+    }
+    currentDebugLog = new Log4cppDebugLog(verbose && !debug, debug);
+    AttachLogFacade();
+    GetLogFacade()->SetLevel(debug ? 4 : 3);
+}
+
+DebugLogLifetimeController::~DebugLogLifetimeController() {
+    delete currentDebugLog;
+    currentDebugLog = nullptr;
+    DetachLogFacade();
+}
+
+} // namespace brask

@@ -1,0 +1,170 @@
+#include "commons/run/xml_log.h"
+
+#include "commons/panel/product_paths.h"
+#include "commons/run/session_files.h"
+#include "commons/xml/xml_msg_formatter.h"
+#include "commons/xml/xpath_expr.h"
+
+#include <algorithm>
+#include <exception>
+#include <filesystem>
+#include <memory>
+
+namespace brask {
+
+namespace {
+
+constexpr const char* kObject = "object";
+
+std::string resultPath(const std::string& fileName) {
+    requireThat(session != nullptr, "session != NULL");
+    return fileName.empty() ? session->getResultFile() : joinPath(session->getPath(), fileName);
+}
+
+/// Moves an earlier result out of the way, to the first suffix that is free.
+void rotate(const std::string& path) {
+    if (!std::filesystem::exists(path)) {
+        return;
+    }
+    int suffix = 1;
+    std::string kept = fmtlib::format("{}.{}", path, suffix);
+    while (std::filesystem::exists(kept)) {
+        kept = fmtlib::format("{}.{}", path, ++suffix);
+    }
+    std::filesystem::rename(path, kept);
+}
+
+/// The objects from the outermost down to `node`.
+void appendObjects(const XmlNode& node, ObjectList& objects) {
+    if (!tXmlBmmDocument::nodeNameIs(node.node_->name, kObject)) {
+        return;
+    }
+    appendObjects(node.getParent(), objects);
+    objects.emplace_back(getAttributeOrEmpty(node.node_, "name"), getAttributeOrEmpty(node.node_, "type"));
+}
+
+} // namespace
+
+XmlLog::XmlLog(const std::string& fileName)
+    : path(resultPath(fileName)),
+      statusTable{{10, "success"}, {20, "info"}, {30, "warning"}, {40, "error"}, {1, ""}},
+      current(doc_.get(), nullptr) {
+    initNewDoc("execution-result");
+    current.node_ = root_;
+    rotate(path);
+}
+
+XmlLog::~XmlLog() {
+    try {
+        write();
+    } catch (const std::exception& e) {
+        logMessage(0, "Unable to write the execution log {}: {}", path, e.what());
+    }
+}
+
+void XmlLog::write() {
+    std::string text = status;
+    if (text.empty()) {
+        text = "error";
+    } else if (text == "warning") {
+        text = "warnings";
+    }
+    setAttribute(root_, "status", text);
+    XmlNode(doc_.get(), root_).saveToFileAtomically(path);
+}
+
+void XmlLog::RaiseStatus(int severity) {
+    int code = 1;
+    for (const auto& [rowSeverity, word] : statusTable) {
+        if (word == status) {
+            code = rowSeverity;
+        }
+    }
+    const int level = std::max(code, severity);
+    status.clear();
+    for (const auto& [rowSeverity, word] : statusTable) {
+        if (rowSeverity == level) {
+            status = word;
+        }
+    }
+}
+
+void XmlLog::AddMessage(const IExTraceable& ex) {
+    AddMessage(ex.GetSeverity(), ex);
+}
+
+void XmlLog::AddMessage(int severity, const IExTraceable& ex) {
+    addMessageAt(current.node_, severity, ex);
+}
+
+void XmlLog::AddMessage(const IExTraceable& ex, const ObjectList& objects) {
+    AddMessage(ex.GetSeverity(), ex, objects);
+}
+
+void XmlLog::AddMessage(int severity, const IExTraceable& ex, const ObjectList& objects) {
+    xmlNode* node = root_;
+    for (const auto& [name, type] : objects) {
+        const tXPathExpr found(doc_.get(), node,
+                               fmtlib::format("object[@name='{}' and @type='{}']", name, type));
+        node =
+            xmlXPathCastToBoolean(found.getResult()) != 0 ? found.getNode() : addObjectAt(node, name, type);
+    }
+    addMessageAt(node, severity, ex);
+}
+
+void XmlLog::addMessageAt(xmlNode* node, int severity, const IExTraceable& ex) {
+    XmlMsgFormatter formatter(*this, addChild(node, "message"));
+    ex.Accept(formatter);
+    // Over the exception's own: this is what makes an error of what every exception calls a warning. With
+    // inner exceptions the formatter stands at the innermost by now, and it is that one's severity which is
+    // replaced; readers of the file go by it.
+    formatter.OnSeverity(severity);
+    RaiseStatus(severity);
+}
+
+void XmlLog::AddObject(const std::string& name, const std::string& type) {
+    current.node_ = addObjectAt(current.node_, name, type);
+}
+
+xmlNode* XmlLog::addObjectAt(xmlNode* node, const std::string& name, const std::string& type) {
+    xmlNode* const object = addChild(node, kObject);
+    setAttribute(object, "name", name);
+    setAttribute(object, "type", type);
+    return object;
+}
+
+void XmlLog::RemoveEmptyObject() {
+    if (current.node_ == root_) { // The log itself is no object to close.
+        BRASK_THROW(NoParentNode);
+    }
+    const bool filled =
+        getXmlChild(current.node_, "message") != nullptr || getXmlChild(current.node_, kObject) != nullptr;
+    const XmlNode parent = current.getParent();
+    if (!filled) {
+        xmlUnlinkNode(current.node_);
+        xmlFreeNode(current.node_);
+    }
+    current = parent;
+}
+
+ObjectList XmlLog::GetObjects() const {
+    ObjectList objects;
+    appendObjects(current, objects);
+    return objects;
+}
+
+void CreateXmlLog(const std::string& fileName) {
+    currentLog = std::make_unique<XmlLog>(fileName).release();
+    AttachLogFacade();
+}
+
+void DestroyXmlLog() {
+    if (currentLog == nullptr) {
+        return;
+    }
+    delete currentLog;
+    currentLog = nullptr;
+    DetachLogFacade();
+}
+
+} // namespace brask

@@ -1,0 +1,83 @@
+#pragma once
+
+// The XML execution log: what happened during one run, for whoever started it. The document:
+//
+//     <execution-result status="warnings">
+//       <message code="" severity="info"><description>text</description></message>
+//       <object name="example.com" type="Domain">
+//         <message code="SignError" severity="warning">
+//           <description>text</description>
+//           <message …>the inner exception</message>
+//         </message>
+//       </object>
+//     </execution-result>
+//
+// The status is "success", "info", "warnings" or "error"; the severity of a message "info", "warning" or
+// "error".
+
+#include "commons/log/log_facade.h"
+#include "commons/run/log_object_scope.h"
+#include "commons/run/qa_status.h"
+#include "commons/run/xml_log_merge.h"
+#include "commons/xml/xml_document.h"
+#include "commons/xml/xml_node.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace brask {
+
+/// Collects the run's messages in memory; the destructor writes them to the disk, all at once.
+///
+/// Names and types of objects stand in XPath expressions unescaped: one with a quote makes the operations
+/// that look an object up raise tError_XPath_CantEvaluate.
+class XmlLog final : public Log, public tXmlBmmDocument {
+public:
+    /// A log for the file `fileName` of the session directory, "migration.result" if it is empty. A file that
+    /// stands there keeps its content under the first free one of the names with ".1", ".2" and so on behind
+    /// it. Raises AssertionFailed without a session, std::filesystem::filesystem_error when the file cannot
+    /// be renamed.
+    explicit XmlLog(const std::string& fileName);
+
+    /// Writes the file as XmlNode::saveToFileAtomically does. The status of a run that never told any, not
+    /// even success, is "error". A failure leaves no partial file under the log's name; it is told to the
+    /// debug log as an error and the run goes on.
+    ~XmlLog() override;
+
+    /// Statuses: 10 success, 20 info, 30 warning, 40 error. RaiseStatus(10) is what marks a run as
+    /// successful.
+    void RaiseStatus(int severity) override;
+
+    /// The severity that is given stands in the file, not the exception's own; of a chain of exceptions it is
+    /// the innermost one's that is replaced. The status rises with it.
+    void AddMessage(const IExTraceable& ex) override;
+    void AddMessage(int severity, const IExTraceable& ex) override;
+    void AddMessage(const IExTraceable& ex, const ObjectList& objects) override;
+    void AddMessage(int severity, const IExTraceable& ex, const ObjectList& objects) override;
+
+    void AddObject(const std::string& name, const std::string& type) override;
+
+    /// Raises NoParentNode when no object is open.
+    void RemoveEmptyObject() override;
+
+    ObjectList GetObjects() const override;
+
+private:
+    void addMessageAt(xmlNode* node, int severity, const IExTraceable& ex);
+    xmlNode* addObjectAt(xmlNode* node, const std::string& name, const std::string& type);
+    void write();
+
+    std::string status; // a word of the table
+    std::string path;
+    std::vector<std::pair<int, std::string>> statusTable;
+    XmlNode current;
+};
+
+/// Makes the execution log of this process and attaches it to the log's front end. To be called once.
+void CreateXmlLog(const std::string& fileName);
+
+/// Deletes it, whereby the file is written, and detaches it. Nothing happens when there is none.
+void DestroyXmlLog();
+
+} // namespace brask

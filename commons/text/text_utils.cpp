@@ -1,0 +1,106 @@
+#include "commons/text/text_utils.h"
+
+#include "commons/errors/format.h"
+
+#include <boost/algorithm/string/join.hpp>
+#include <boost/algorithm/string/split.hpp>
+
+#include <array>
+#include <cerrno>
+#include <regex>
+#include <stdexcept>
+#include <system_error>
+#include <vector>
+
+#include <iconv.h>
+
+namespace brask {
+
+namespace {
+
+constexpr size_t kMaxLines = 30;
+
+[[noreturn]] void throwErrno(const char* message) {
+    throw std::system_error(errno, std::generic_category(), message);
+}
+
+/// An open conversion of iconv.
+class Conversion {
+public:
+    Conversion(const char* to, const char* from) : descriptor(iconv_open(to, from)) {
+        if (descriptor == reinterpret_cast<iconv_t>(-1)) { // NOLINT(performance-no-int-to-ptr)
+            throwErrno("Unable to create a conversion descriptor");
+        }
+    }
+
+    Conversion(const Conversion&) = delete;
+    Conversion& operator=(const Conversion&) = delete;
+
+    ~Conversion() { iconv_close(descriptor); }
+
+    /// Moves all four on by what was converted, and returns 0 or the errno that stopped the conversion.
+    int convert(char*& in, size_t& inLeft, char*& out, size_t& outLeft) const {
+        return iconv(descriptor, &in, &inLeft, &out, &outLeft) == static_cast<size_t>(-1) ? errno : 0;
+    }
+
+private:
+    iconv_t descriptor;
+};
+
+} // namespace
+
+std::string SanitizeUtf8(const std::string& text) {
+    const Conversion conversion("UTF-8", "UTF-8");
+    std::string input = text; // iconv takes its input as writable
+    std::string output(input.size(), '\0');
+    char* in = input.data();
+    size_t inLeft = input.size();
+    char* out = output.data();
+    size_t outLeft = output.size();
+    while (inLeft > 0) {
+        const int failure = conversion.convert(in, inLeft, out, outLeft);
+        if (failure == E2BIG || failure == EINVAL) {
+            break;
+        }
+        if (failure == EILSEQ) {
+            // There is room: so far the output is no longer than the input that it stands for.
+            *out++ = '?';
+            --outLeft;
+            ++in;
+            --inLeft;
+        } else if (failure != 0) {
+            throw std::system_error(failure, std::generic_category(), "Unable to convert an input string");
+        }
+    }
+    output.resize(output.size() - outLeft);
+    return output;
+}
+
+std::string escapeRegex(const std::string& text) {
+    static const std::regex special(R"([.+*?^$(){}=!<>|:#[\]\\-])");
+    return std::regex_replace(text, special, R"(\$&)");
+}
+
+std::string truncateLines(const std::string& text) {
+    std::vector<std::string> lines;
+    boost::algorithm::split(lines, text, [](char c) { return c == '\r' || c == '\n'; });
+    if (lines.size() > kMaxLines) {
+        lines.resize(kMaxLines);
+        lines.emplace_back("... (truncated)");
+    }
+    return boost::algorithm::join(lines, "\n");
+}
+
+int compressionLevelFor(int method, unsigned level) {
+    constexpr std::array<std::array<int, 5>, 2> levels{{{0, 3, 5, 7, 9}, {0, 3, 5, 11, 19}}};
+    if (method < 0 || static_cast<size_t>(method) >= levels.size()) {
+        throw std::runtime_error(fmtlib::format("Invalid compression method: {}", method));
+    }
+    const auto& ofMethod = levels[static_cast<size_t>(method)];
+    if (level >= ofMethod.size()) {
+        throw std::runtime_error(fmtlib::format("Invalid compression level: {}", level));
+    }
+    return ofMethod[level];
+}
+
+} // namespace brask

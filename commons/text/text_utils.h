@@ -1,0 +1,24 @@
+#pragma once
+
+// Small operations on texts, and the table of compression levels.
+
+#include <string>
+
+namespace brask {
+
+/// `text` with "?" in place of each byte that can't be UTF-8. A sequence that the end of the text cuts off is
+/// dropped without a replacement. Raises std::system_error when there is no converter.
+std::string SanitizeUtf8(const std::string& text);
+
+/// `text` with a backslash before every character that has a meaning in a regular expression.
+std::string escapeRegex(const std::string& text);
+
+/// The first 30 lines of `text`, and "... (truncated)" as one more if there were others, joined by line
+/// feeds. Carriage returns and line feeds each end a line, so a pair of them leaves an empty line in between.
+std::string truncateLines(const std::string& text);
+
+/// The level that a compression method knows for the abstract `level`, 0 (none) to 4 (best). Method 0 has the
+/// levels 0 to 9, method 1 the levels 0 to 19. Raises std::runtime_error for any other method, or level.
+int compressionLevelFor(int method, unsigned level);
+
+} // namespace brask

@@ -1,0 +1,36 @@
+#include "commons/errors/system_error.h"
+#include "commons/errors/text_formatters.h"
+#include "commons/exceptions.h"
+#include "tests/support/thrown_text.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using namespace brask;
+using test_support::thrownText;
+
+BRASK_ERROR_TAG(TwoPlaceholders, "{} and {}")
+BRASK_ERROR_TAG(BoostStyle, "%1% of %2%")
+
+TEST(Error, ItsCopyTellsWhatWentWrongWhereAndWhy) {
+    Error<&TwoPlaceholders> outer;
+    outer.Format("{}", 2);
+    EXPECT_THAT(GetErrorText(outer), testing::HasSubstr("exceptions_test.cpp:TwoPlaceholders] \n"));
+    outer.Include(Error<&ParamError, ExFatal>().Format("x", "y"));
+    EXPECT_EQ(GetErrorMessage(Error<&TwoPlaceholders>(outer)), "{} and 2: Can't get param x: y");
+    EXPECT_THAT(Error<&TwoPlaceholders>().Format(1).what(), testing::EndsWith(": {} and {}"));
+    Exc<&BoostStyle> older("f", "file", 7);
+    older % "a" % 3;
+    EXPECT_EQ(GetErrorText(Exc<&BoostStyle>(older)).rfind("BoostStyle a of 3 [", 0), 0U);
+}
+
+// A handler of the general kind lets fatal errors pass.
+static_assert(!std::is_base_of_v<ExTraceableBase<ExDefault>, Error<&NoParentNode, ExFatal>>);
+
+TEST(SystemError, IsToldByTextAndFiveCodesByType) {
+    EXPECT_THROW(throwSystemError("m", EAGAIN), ExSystemError<EAGAIN>);
+    EXPECT_EQ(thrownText<SystemError>([] { throwSystemError("m", EIO); }), "m: Input/output error");
+}
+
+} // namespace

@@ -1,0 +1,139 @@
+#include "commons/files/file_guards.h"
+#include "commons/files/file_utils.h"
+#include "commons/files/rename.h"
+#include "commons/files/retry.h"
+#include "commons/files/temp_file.h"
+#include "tests/commons/library_test.h"
+
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
+
+namespace {
+
+using namespace brask;
+using namespace test_support;
+using testing::MatchesRegex;
+using testing::StartsWith;
+namespace fs = std::filesystem;
+
+TEST(Retry, CallsUntilItSucceedsOrAttemptsRunOutAndSleepsBetweenCalls) {
+    int calls = 0;
+    const auto failFourTimes = [&calls] {
+        if (++calls <= 4) {
+            throw calls;
+        }
+    };
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_THROW(retry(failFourTimes, 3, 20), int);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(40));
+    retry(failFourTimes, 0, 600000);
+    EXPECT_EQ(calls, 3);
+    EXPECT_THROW(retry(failFourTimes, 1, 600000), int);
+    retry(failFourTimes, 2, 600000);
+    EXPECT_EQ(calls, 5);
+}
+
+using FileUtils = LibraryTest;
+
+TEST_F(FileUtils, NewDirectoriesHaveOneModeAndCopiesAllBytes) {
+    const mode_t before = umask(022);
+    make_dir(dir.path("a//b/"), geteuid(), getegid(), 0770);
+    umask(before);
+    EXPECT_EQ(statFile(dir.path("a")).st_mode & 07777, 0750U);
+    EXPECT_EQ(statFile(dir.path("a/b")).st_mode & 07777, 0750U);
+
+    const std::string content(300001, 'x');
+    const int from = open(dir.write("from", content).c_str(), O_RDONLY | O_CLOEXEC);
+    const int to = open(dir.path("to").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    copyData(from, to);
+    EXPECT_EQ(readFile(dir.path("to")), content);
+    EXPECT_THROW(copyData(to, from), std::system_error);
+}
+
+TEST_F(FileUtils, GuardsRemoveWhatTheyOwnAndLogWhatTheyCannot) {
+    const int fd = open(dir.write("file", "").c_str(), O_RDONLY | O_CLOEXEC);
+    dir.write("folder/inner/file", "");
+    dir.write("occupied/file", "");
+    dir.write("admin/conf/panel.ini", "[bmm]\nlocalPauseBetweenAttempts = 1\n");
+    {
+        const TempFileGuard file(dir.path("file"), fd);
+        const TempDirGuard folder(dir.path("folder"));
+        const TempFileGuard occupied(dir.path("occupied"));
+    }
+    EXPECT_EQ(close(fd), -1);
+    EXPECT_FALSE(fs::exists(dir.path("file")) || fs::exists(dir.path("folder")));
+    EXPECT_THAT(log.lines.back(), StartsWith("Unable to delete the file '" + dir.path("occupied") + "': "));
+}
+
+TEST_F(FileUtils, FilesAndTreesGoFromOneFileSystemToTheOther) {
+    const TempDir there("/dev/shm");
+    if (statFile(dir.path()).st_dev == statFile(there.path()).st_dev) {
+        GTEST_SKIP() << "the temporary directory and /dev/shm are one file system";
+    }
+    const std::string from = dir.path("from");
+    dir.write("from/file", "content");
+    dir.write("from/inner/run", "");
+    fs::create_symlink("nowhere", from + "/link");
+    fs::permissions(from + "/inner", fs::perms(0750));
+    const std::string old = there.write("old/file", "old");
+    EXPECT_THAT(thrownText<Error<&CantRenameFile>>([&] { brask::rename(from + "/file", old); }),
+                StartsWith("Cannot rename " + from + "/file to " + old + ": "));
+    const auto move = [](const fs::path& a, const fs::path& b, bool) { brask::rename(a, b); };
+    for (const auto carry : {copyDirectory, copyDirectoryRecursively, +move}) {
+        const TempDir parent(there.path());
+        const std::string to = parent.path("to");
+        parent.write("to/file", "old");
+        if (carry != +move) {
+            EXPECT_THROW(carry(from, to, false), fs::filesystem_error);
+        }
+        carry(from, to, true);
+        EXPECT_EQ(readFile(to + "/file"), "content");
+        EXPECT_EQ(fs::read_symlink(to + "/link"), "nowhere");
+        EXPECT_EQ(statFile(to + "/inner").st_mode & 0777, 0750U);
+        EXPECT_TRUE(fs::exists(to + "/inner/run"));
+    }
+    EXPECT_FALSE(fs::exists(from));
+    brask::rename(dir.write("single", "new"), there.path("single"));
+    EXPECT_EQ(readFile(there.path("single")), "new");
+}
+
+class TempFile : public RootTest {
+protected:
+    std::string createAt() const {
+        srand(7); // the same characters each time
+        const int dirFd = open(dir.path().c_str(), O_RDONLY | O_DIRECTORY);
+        return BMM_getTempFileAt(dir.path(), dirFd, "at").first;
+    }
+};
+
+TEST_F(TempFile, NamesAndModesFollowOneSchemeAndATakenNameIsDrawnAgain) {
+    const std::string path = BMM_getTempFileName(dir.path() + "/", "x", false);
+    EXPECT_THAT(path, MatchesRegex(dir.path("bmm-x-[A-Za-z0-9]{6}")));
+    EXPECT_EQ(statFile(path).st_mode, S_IFREG | 0600U);
+    EXPECT_THAT(BMM_getTempFileName(dir.path(), "exact", true), MatchesRegex(dir.path("exact......")));
+    EXPECT_EQ(statFile(BMM_makeTempFileDirectory(dir.path(), "d", false)).st_mode, S_IFDIR | 0700U);
+    EXPECT_THAT(thrownText<Error<&CantCreateTempFile>>([] { BMM_getTempFile("", "x", false); }),
+                testing::HasSubstr("template '" + dir.path("BMM/tmp/bmm-x-")));
+    const std::string removed = BMMTmpFile(dir.path(), "s", true).name();
+    EXPECT_FALSE(fs::exists(removed));
+    EXPECT_NE(createAt(), createAt());
+}
+
+TEST_F(TempFile, AFullFileSystemIsFatalAndNamesTheDirectory) {
+    const auto outcome = inChild([&] {
+        if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount("none", dir.path().c_str(), "tmpfs", 0, "nr_inodes=1") != 0) {
+            throw std::runtime_error("no mount");
+        }
+        using Full = Error<&NotEnoughSpaceAt, ExFatal>;
+        puts(thrownText<Full>([&] { BMM_getTempFile(dir.path(), "x", false); }).c_str());
+        puts(thrownText<Full>([&] { createAt(); }).c_str());
+        puts(thrownText<Full>([&] { BMM_makeTempFileDirectory(dir.path(), "x", false); }).c_str());
+    });
+    const std::string text = "Selected filesystem at " + dir.path() +
+                             " has only 0 bytes free, but 4096 bytes are needed for operation\n";
+    EXPECT_TRUE(outcome.out == text + text + text || outcome.err == "no mount") << outcome.out;
+}
+
+} // namespace

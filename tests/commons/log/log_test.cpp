@@ -1,0 +1,34 @@
+#include "commons/log/call_no_throw.h"
+#include "tests/commons/library_test.h"
+
+#include <boost/exception/all.hpp>
+
+namespace {
+
+using namespace brask;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+using LogTest = LibraryTest;
+
+TEST_F(LogTest, FiltersByTheLevelAndNeverFailsOverAText) {
+    GetLogFacade()->LogIfEnabled(4, false, Error<&NoParentNode>());
+    GetLogFacade()->LogIfEnabled(3, false, Error<&NoParentNode>());
+    logMessage(2, "{} of {}", 1, "x");
+    logMessage(2, "{} of {}", 1);
+    EXPECT_THAT(log.lines, ElementsAre(StartsWith("NoParentNode "), "1 of x", HasSubstr(": {} of {}")));
+}
+
+TEST_F(LogTest, AGuardedCallLogsEveryKindOfFailureAndSwallowsIt) {
+    struct BoostOnly : virtual boost::exception {};
+
+    callNoThrow([] { BRASK_THROW_AS(NoParentNode, ExFatal); }, "step");
+    callNoThrow([] { throw std::runtime_error("plain"); }, "step");
+    callNoThrow([] { throw BoostOnly() << boost::errinfo_errno(2); }, "step");
+    callNoThrow([] { throw 1; }, "step {}");
+    EXPECT_THAT(log.lines, ElementsAre(StartsWith("step: No parent"), StartsWith("NoParentNode "),
+                                       "step: plain", HasSubstr("errno"), "step {}"));
+}
+
+} // namespace

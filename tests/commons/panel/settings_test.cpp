@@ -1,0 +1,97 @@
+#include "commons/panel/backup_settings.h"
+#include "commons/panel/product_paths.h"
+#include "commons/panel/settings_parser.h"
+#include "tests/commons/library_test.h"
+
+#include <regex>
+#include <sstream>
+
+namespace {
+
+using namespace brask;
+using testing::EndsWith;
+
+TEST(SettingsParser, ReadsEveryFormOfTheSyntax) {
+    const std::pair<std::string, SettingsMap> cases[] = {
+        {"\xEF\xBB\xBF[s]\nk=v", {{"s.k", "v"}}},
+        {"a = 1\n[ ]\nb = 2", {{".a", "1"}, {".b", "2"}}},
+        {"[s]\nk = 'a;b' junk\nl = a;b\n", {{"s.k", "a;b"}, {"s.l", "a"}}},
+        {"[s] junk\nk = \"a\\\" junk = 2 ; x\nl=1", {{"s.k", "a\\"}, {"s.l", "1"}}},
+        {"[s]\r\nk\nk = a b\t\r\n\r\n  ; c\r\nl =\r\n", {{"s.k", "a b"}, {"s.l", ""}}},
+        {"[ s t\t]\nk[x] = 1\nk[ ' y ' ]=2\nk [\"z\"] 3 = 3", {{"s t.k.x", "1"}, {"s t.k. y ", "2"}}},
+        {"[\"s]\"]\nk=1\n['t']\nk=2\n[\"s]\"]\nk=3", {{"s].k", "3"}, {"t.k", "2"}}},
+        {"[s]\n#k = #1=2 \"q\"\n=x\nK=1\n", {{"s.#k", "#1=2 \"q\""}, {"s.", "x"}, {"s.K", "1"}}}};
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(SettingsParser().parse(text), expected) << text;
+    }
+}
+
+TEST(SettingsParser, TellsWhereAndWhatItExpected) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"a=1\n\n[sect \nb", "']', found '<EOL>': Line 3, column 7"},
+        {"\xEF\xBB\xBF[s", "']', found '<EOF>': Line 1, column 3"},
+        {"\nk = 'a\"\n'", "''', found '<EOL>': Line 2, column 8"}};
+    for (const auto& [text, message] : cases) {
+        EXPECT_EQ(test_support::thrownText<ParseError>([&text = text] { SettingsParser().parse(text); }),
+                  "Parse error: Expected " + message);
+    }
+}
+
+/// Every value by its name, in order, as a settings file has it.
+std::string describe(const BackupSettings::Values& values) {
+    std::ostringstream text;
+    text << std::boolalpha;
+#define DESCRIBE(type, name, defaultValue) text << #name << " = " << values.name << "\n";
+    BRASK_BACKUP_SETTINGS(DESCRIBE)
+#undef DESCRIBE
+    return text.str();
+}
+
+using BackupSettingsFile = LibraryTest;
+
+TEST_F(BackupSettingsFile, OverridesWhatItNamesUpToABadNumberAndNeverFailsTheCaller) {
+    BackupSettings::Values expected;
+    expected.ftpMaxResumeAttempts = 1;
+    std::string bytes = "[bmm]\n";
+    for (int i = 0; i < 200000; ++i) {
+        bytes += static_cast<char>(i % 251 * i % 241);
+    }
+    const std::pair<std::string, std::string> cases[] = {
+        {"ftpKeepAlive = 9\n[bmm]\nftpMaxResumeAttempts = 1 ; s\nftpKeepAliveIdle = x", describe(expected)},
+        {"[bmm]\nftpMaxResumeAttempts = 1\n[x\n", describe({})},
+        {"[bmm]\narchiverMaxThreads = 4294967296", describe({})},
+        {bytes, describe({})}};
+    for (const auto& [text, values] : cases) {
+        EXPECT_EQ(describe(BackupSettings(dir.write("panel.ini", text)).all()), values) << text;
+    }
+    EXPECT_EQ(describe(BackupSettings(dir.path("missing")).all()), describe({}));
+    EXPECT_EQ(describe(BackupSettings(dir.path()).all()), describe({}));
+    EXPECT_THAT(log.lines[1], EndsWith("default settings will be used instead. Details: stol"));
+    EXPECT_THAT(log.lines[3], EndsWith("Parse error: Expected ']', found '<EOL>': Line 3, column 3"));
+    EXPECT_THAT(log.lines[5], EndsWith("'4294967296' is out of range of 'unsigned int' type"));
+}
+
+TEST(ShippedSettingsFile, ListsEveryValueAtItsDefaultAndSetsNone) {
+    const std::string text = test_support::readFile(PRODUCT_SOURCES "/admin/conf/panel.ini");
+    EXPECT_TRUE(SettingsParser().parse(text).empty());
+    EXPECT_EQ(SettingsParser().parse(std::regex_replace(text, std::regex("(^|\n);(\\w+ = )"), "$1$2")),
+              SettingsParser().parse("[bmm]\n" + describe({})));
+}
+
+TEST(ProductPaths, HaveOneSlashAtEachJointExceptWhereTheyAreConcatenated) {
+    const char* const cases[][3] = {{"/a/", "/b", "/a/b"}, {"a", "b", "a/b"}, {"", "b", "b"}, {"a", "", "a"}};
+    for (const auto& [a, b, joined] : cases) {
+        EXPECT_EQ(joinPath(a, b), joined);
+    }
+    const test_support::FixedParams params(test_support::FixedParams::Values{{"PRODUCT_ROOT_D", "/p/"}});
+    EXPECT_EQ(getBmmConfigFile(), "/p/BMM/log4cpp.properties");
+    EXPECT_EQ(getLibxmlProxyPath(), "/p//admin/sbin/libxml-proxy");
+}
+
+TEST(ParamFromBSAStrategy, KnowsTheAccountAndWhatItsTableHas) {
+    const ParamFromBSAStrategy source;
+    EXPECT_EQ(source.getParam("BSAADM"), "bsaadm");
+    EXPECT_THROW(source.getParam("UNKNOWN"), Error<&ParamError>);
+}
+
+} // namespace

@@ -1,0 +1,87 @@
+#include "commons/files/file_utils.h"
+#include "commons/run/profiling.h"
+#include "tests/commons/library_test.h"
+#include "tests/support/file_size_limit.h"
+#include "tests/support/scoped_env.h"
+
+#include <regex>
+
+namespace {
+
+using namespace brask;
+using namespace test_support;
+using testing::StartsWith;
+
+class Profiling : public RootTest {
+protected:
+    void profileCommand(std::vector<const char*> arguments) const {
+        ProfilingContext context(path);
+        const int argc = static_cast<int>(arguments.size());
+        ProfilingCommand(argc, const_cast<char**>(arguments.data()), {}, &context, true);
+    }
+
+    /// The file's records with GUID and TIME in place of what varies.
+    std::string records() const {
+        const std::regex guid("[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-8[0-9a-f]{3}-[0-9a-f]{12}");
+        const std::regex time(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3})");
+        return std::regex_replace(std::regex_replace(readFile(path), guid, "GUID"), time, "TIME");
+    }
+
+    std::string path = dir.path("profile.log");
+    ScopedEnv async{"BMM_PROFILE_ASYNC_RUN", std::nullopt};
+    const std::string cancelled = "Unable to write the profile info, cancel profile logging: ";
+};
+
+TEST_F(Profiling, ACommandLeavesItsStartAndItsFinishInAFileOfThePanelsGroup) {
+    const mode_t umaskBefore = umask(0);
+    profileCommand({"/usr/bin/tool", "two words", "", "\"q\""});
+    umask(umaskBefore);
+    EXPECT_EQ(records(), R"({"attributes":{"process.command_line":"/usr/bin/tool two\\ words  \\\"q\\\"",)"
+                         R"("process.runtime.name":"GNU C++"},"guid":"GUID","name":"tool two\\ words",)"
+                         "\"start\":\"TIME\",\"type\":\"operation\"}\n{\"attributes\":{},\"finish\":\"TIME\","
+                         "\"guid\":\"GUID\",\"type\":\"operation\"}\n");
+    EXPECT_EQ(statFile(path).st_mode & 07777, 0660U);
+    EXPECT_EQ(statFile(path).st_gid, 54330U);
+}
+
+TEST_F(Profiling, AnAsynchronousRunLeavesMetricsWithASpeedOnceThereIsEnoughToMeasure) {
+    const ScopedEnv on("BMM_PROFILE_ASYNC_RUN", "1");
+    profileCommand({"tool"});
+    ProfilingContext context(path);
+    ProfilingMetric metric(ProfilingMetricType::SpeedUpload, &context);
+    metric.startTime = std::chrono::steady_clock::now() - std::chrono::seconds(2);
+    metric.finish("/d/f", 1048575);
+    EXPECT_EQ(records(),
+              R"({"attributes":{"file.name":"f","file.path":"/d/f","file.size":1048575},)"
+              "\"name\":\"backup.speed.upload\",\"time\":\"TIME\",\"type\":\"metric\",\"value\":0}\n");
+    metric.finish("/d/f", 1048576);
+    EXPECT_NEAR(std::stod(records().substr(records().rfind(':') + 1)), 524288, 50000);
+    metric.start();
+    metric.finish("/d/f", 1ULL << 40);
+    EXPECT_THAT(records(), testing::EndsWith("\"value\":0}\n"));
+}
+
+TEST_F(Profiling, AFileThatCannotBeOpenedAndTextThatIsNotUtf8AreNotedAndTheWorkGoesOn) {
+    profileCommand({"tool", "\xff"});
+    EXPECT_EQ(readFile(path), "");
+    path += "/below";
+    profileCommand({"tool"});
+    EXPECT_THAT(log.lines.front(), StartsWith(cancelled + "[json"));
+    EXPECT_THAT(log.lines.back(), StartsWith("Unable to open the log file '" + path + "', cancel profile"));
+}
+
+TEST_F(Profiling, ADiskThatFillsUpAfterTheStartCostsTheFinishAndOneNote) {
+    const auto outcome = inChild([&] {
+        ProfilingContext context(path);
+        const ProfilingOperation outer(ProfilingOperationType::Restore, {}, &context);
+        const FileSizeLimit full(std::filesystem::file_size(path));
+        { const ProfilingOperation inner(ProfilingOperationType::RestoreMail, {}, &context); }
+        full.lift();
+        puts(testing::PrintToString(log.lines).c_str());
+    });
+    EXPECT_EQ(outcome.out,
+              "{ \"" + cancelled + "Failed to write the file " + path + ": File too large\" }\n");
+    EXPECT_THAT(records(), testing::EndsWith("\"start\":\"TIME\",\"type\":\"operation\"}\n"));
+}
+
+} // namespace

@@ -1,0 +1,122 @@
+#include "commons/files/file_utils.h"
+#include "commons/run/xml_log.h"
+#include "commons/session.h"
+#include "tests/commons/library_test.h"
+
+#include <regex>
+#include <sstream>
+
+namespace {
+
+using namespace brask;
+using namespace test_support;
+using testing::StartsWith;
+
+using Plain = ExTraceableBase<ExDefault>;
+
+class ExecutionLog : public RootTest {
+protected:
+    /// Compares the log with `expected`, in which severity and text of a simple message stand as
+    /// {severity:text}.
+    void expectContent(const std::string& expected) const {
+        std::ostringstream out;
+        tXmlDocument(xml).saveToStream(out, nullptr);
+        const std::regex simple(
+            "<message code=\"\" severity=.(\\w+).><desc[a-z]*>([^<]*)</description></message>");
+        EXPECT_EQ(std::regex_replace(out.str(), simple, "{$1:$2}"),
+                  "<?xml version=\"1.0\"?>\n<execution-result>" + expected + "</execution-result>\n");
+    }
+
+    const SessionLifetimeController controller{dir.path("session")};
+    XmlLog xml{"status.xml"};
+};
+
+TEST_F(ExecutionLog, MessagesBelongToTheirObjectsAndInnerOnesToTheirOuter) {
+    xml.AddObject("c", "Customer");
+    xml.AddObject("d", "Domain");
+    EXPECT_EQ(xml.GetObjects(), (ObjectList{{"c", "Customer"}, {"d", "Domain"}}));
+    xml.AddMessage(40, Plain("", "in it"));
+    xml.AddObject("empty", "Domain");
+    for (int open = 3; open > 0; --open) {
+        xml.RemoveEmptyObject();
+    }
+    EXPECT_THROW(xml.RemoveEmptyObject(), Error<&NoParentNode>);
+    xml.AddMessage(Plain("", "<again>"), {{"c", "Customer"}, {"d", "Domain"}});
+    xml.AddMessage(20, Plain("", "beside it"), {{"c", "Customer"}, {"d", "Reseller"}});
+    Error<&AssertionFailed> outer;
+    outer.Include(Error<&NoParentNode>());
+    xml.AddMessage(40, outer.Format("a"));
+    expectContent(
+        R"(<object name="c" type="Customer"><object name="d" type="Domain">{error:in it})"
+        R"({warning:&lt;again&gt;}</object><object name="d" type="Reseller">{info:beside it}</object>)"
+        R"(</object><message code="AssertionFailed" severity="warning"><description>Assertion failed: a)"
+        R"(</description><message code="NoParentNode" severity="error"><description>No parent node on )"
+        R"(requested XML element</description></message></message>)");
+}
+
+TEST_F(ExecutionLog, MergesAnotherResultFile) {
+    dir.write("other.xml",
+              "<execution-result><object name='d' type='Domain'><message code='X' severity='error'>"
+              "<description>e</description><message severity='error'><description>inner</description>"
+              "</message></message><object><message severity='odd'><description>i</description></message>"
+              "</object></object><comment/></execution-result>");
+    xml.AddObject("d", "Domain");
+    xml.AddObject("open", "Domain");
+    AddResultFile(xml, dir.path("other.xml"));
+    expectContent("<object name=\"d\" type=\"Domain\"><object name=\"open\" type=\"Domain\"/>{error:e}"
+                  "<object name=\"\" type=\"\">{info:i}</object></object>");
+    EXPECT_THROW(AddResultFile(xml, dir.write("other.xml", "<result/>")), Error<&tError_WrongDoc>);
+}
+
+TEST_F(ExecutionLog, TheStatusCanOnlyRise) {
+    const std::pair<std::vector<int>, std::string> cases[] = {
+        {{}, "error"}, {{10}, "success"}, {{10, 30, 20}, "warnings"}, {{10, 40, 20}, "error"}};
+    for (const auto& [severities, status] : cases) {
+        auto run = std::make_unique<XmlLog>("status.xml");
+        for (const int severity : severities) {
+            run->RaiseStatus(severity);
+        }
+        run.reset();
+        EXPECT_THAT(readFile(dir.path("session/status.xml")),
+                    testing::HasSubstr("status=\"" + status + "\""));
+    }
+}
+
+TEST_F(ExecutionLog, TheRunIsWrittenAtItsEndForThePanelsAccountAndAnEarlierResultKept) {
+    const std::string result = dir.write("session/migration.result", "earlier");
+    dir.write("session/migration.result.1", "first");
+    CreateXmlLog("");
+    EXPECT_EQ(readFile(result + ".1") + readFile(result + ".2"), "firstearlier");
+    { const LogObjectScope scope("example.com", 9); }
+    for (const int level : {1, 2, 3, 4}) {
+        GetLogFacade()->Write(level, false, std::to_string(level), nullptr);
+    }
+    EXPECT_FALSE(std::filesystem::exists(result));
+    DestroyXmlLog();
+    EXPECT_THAT(readFile(result),
+                testing::MatchesRegex("<execution-result status=.warnings.>\n  <message .*>\n"
+                                      "    <description>1<.*>2</description>\n[^34]*"));
+    EXPECT_EQ(statFile(result).st_uid, 54321U);
+    EXPECT_THAT(log.lines,
+                testing::ElementsAre("=> example.com Restore domain", testing::_, "1", "2", "3", "4"));
+
+    CreateXmlLog("");
+    std::filesystem::remove_all(dir.path("session"));
+    DestroyXmlLog();
+    EXPECT_THAT(log.lines.back(), StartsWith("error: Unable to write the execution log " + result + ": "));
+}
+
+TEST_F(ExecutionLog, TheQaStatusIsReadFromTheUtilitysElement) {
+    EXPECT_FALSE(readQaStatus("u").found) << "there is no file yet";
+    const std::pair<std::string, std::string> cases[] = {
+        {"name='u' severity='error' errcode='-7'>text", "1 -7 40 text"},
+        {"name='u' severity='odd' errcode='0'>", "1 0 10 QA test message"},
+        {"name='u' severity='error'>", "0 "}};
+    for (const auto& [element, expected] : cases) {
+        dir.write("BMM/qa-status-test.cfg", "<log><util " + element + "</util></log>");
+        const auto [found, code, severity, text] = readQaStatus("u");
+        EXPECT_THAT(fmtlib::format("{:d} {} {} {}", found, code, severity, text), StartsWith(expected));
+    }
+}
+
+} // namespace

@@ -1,0 +1,38 @@
+#include "commons/text/random_text.h"
+#include "commons/text/text_utils.h"
+#include "commons/text/time_utils.h"
+#include "tests/support/scoped_env.h"
+
+#include <gmock/gmock.h>
+
+#include <regex>
+
+namespace {
+
+using namespace brask;
+
+TEST(TextUtils, BytesAreMadeUtf8) {
+    EXPECT_EQ(SanitizeUtf8("\xC3\xA9\xFF\xFEz\xF0\x9F\x98\x80"), "\xC3\xA9??z\xF0\x9F\x98\x80");
+    EXPECT_EQ(SanitizeUtf8("\xC3("), "?(");
+    EXPECT_EQ(SanitizeUtf8("end\xE2\x82"), "end");
+}
+
+TEST(TextUtils, AnEscapedTextMatchesItselfAndALongOneIsCut) {
+    EXPECT_EQ(escapeRegex(".+*?^$(){}=!<>|:#[]\\-/@ "), R"(\.\+\*\?\^\$\(\)\{\}\=\!\<\>\|\:\#\[\]\\\-/@ )");
+    const std::string lines(29, '\n');
+    EXPECT_EQ(truncateLines("a\r\nb\rc\n"), "a\n\nb\nc\n");
+    EXPECT_EQ(truncateLines(lines), lines);
+    EXPECT_EQ(truncateLines(std::string(40, '\n')), lines + "\n... (truncated)");
+}
+
+TEST(TextUtils, TimesAreLocalAndPasswordsHaveEveryClass) {
+    const test_support::ScopedEnv zone("TZ", "XYZ-5:30");
+    tzset();
+    EXPECT_EQ(formatTimestamp(std::chrono::system_clock::from_time_t(1709231399)), "20240229T235959");
+    const std::string password = randomPassword(4);
+    for (const char* set : {"[0-9]", "[A-Z]", "[a-z]", R"([~!@#$;%^&()\-_+=,.{}[\]])"}) {
+        EXPECT_TRUE(std::regex_search(password, std::regex(set))) << password << " lacks " << set;
+    }
+}
+
+} // namespace

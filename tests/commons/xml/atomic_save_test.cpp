@@ -1,0 +1,75 @@
+#include "commons/files/file_utils.h"
+#include "commons/xml_parse.h"
+#include "commons/xml_wrap.h"
+#include "tests/commons/library_test.h"
+
+namespace {
+
+using namespace brask;
+using namespace test_support;
+using testing::MatchesRegex;
+namespace fs = std::filesystem;
+
+/// Every test saves "doc", a whole document, and "node", one of its nodes, below the folder "out".
+class AtomicSave : public RootTest {
+protected:
+    /// What was raised. The settings are read once in a process, so that each save runs in a child of its
+    /// own.
+    std::string save(const std::string& name, const char* account = "worker", uid_t user = 0) const {
+        dir.write("admin/conf/panel.ini", "[bmm]\nlocalPauseBetweenAttempts = 1\n" + settings);
+        fs::permissions(dir.path(), fs::perms(0755));
+        fs::permissions(dir.path("out"), fs::perms(0777));
+        const auto saveAs = [&] {
+            const FixedParams own({{"PRODUCT_ROOT_D", dir.path()}, {"BSAADM", account}});
+            tXmlBmmDocument document(std::string("<a><b/></a>"));
+            document.initFileDoc("a");
+            const XmlNode node(document.doc_.get(), document.root_->children);
+            requireThat(setuid(user) == 0, "setuid");
+            name == "doc" ? document.saveToFileAtomically(out + name) : node.saveToFileAtomically(out + name);
+        };
+        return inChild(saveAs).err;
+    }
+
+    void expectFile(const std::string& name, const std::string& content, const std::string& owner) const {
+        const struct stat info = statFile(out + name);
+        EXPECT_EQ(readFile(out + name), content);
+        EXPECT_EQ(fmtlib::format("{}:{} {:o}", info.st_uid, info.st_gid, info.st_mode & 0777), owner);
+    }
+
+    long filesLeft() const { return std::distance(fs::directory_iterator(dir.path("out")), {}); }
+
+    const std::string out = fs::path(dir.write("out/doc", "old")).parent_path() / "";
+    std::string settings;
+};
+
+TEST_F(AtomicSave, TheNewContentBelongsToThePanelsAccountAndItsPrimaryGroup) {
+    for (const auto& [account, owner] : {std::pair{"worker", "54321:54322 600"}, {"nobody", "0:0 600"}}) {
+        EXPECT_EQ(save("doc", account) + save("node", account), "");
+        expectFile("doc", "<?xml version=\"1.0\"?>\n<a><b/></a>\n", owner);
+        expectFile("node", "<b/>", owner);
+    }
+    EXPECT_EQ(filesLeft(), 2);
+}
+
+TEST_F(AtomicSave, AFailureKeepsTheOldContentWithTheNewOneBesideIt) {
+    dir.write("out/node", "old");
+    for (const auto& [name, work] :
+         {std::pair{"doc", "bmm-xp-stfa-doc-.*"}, {"node", "bmm-xw-stfa-node-.*"}}) {
+        EXPECT_THAT(save(name, "worker", 54323),
+                    MatchesRegex("Cannot take ownership of " + out + work + ": Operation not permitted"));
+        expectFile(name, "old", "0:0 644");
+        fs::remove(out + name);
+        dir.write("out/" + std::string(name) + "/occupied", "");
+        EXPECT_THAT(save(name), MatchesRegex("Cannot rename " + out + work + " to " + out + name + ": .*"));
+    }
+    EXPECT_EQ(filesLeft(), 6);
+}
+
+TEST_F(AtomicSave, WithoutAttemptsADocumentIsNotRenamed) {
+    settings = "localMaxFieIoAttempts = 0";
+    EXPECT_EQ(save("doc"), "");
+    expectFile("doc", "old", "0:0 644");
+    EXPECT_EQ(filesLeft(), 2);
+}
+
+} // namespace
