@@ -1,6 +1,5 @@
 #include "lib/runtime/bsa_conf.h"
 
-#include "lib/runtime/bsa_conf_table.h"
 #include "lib/runtime/low_level_log.h"
 
 #include <cstdlib>
@@ -15,15 +14,7 @@ namespace {
 constexpr int kStateLevel = 3;
 
 BsaConf* bsaConf = nullptr;
-int cacheReady = 0;
 const char* valueCache[kBsaConfRows]; // pointers into bsaConf's strings
-
-void prepareCache() {
-    if (cacheReady == 0) {
-        cacheReady = 1;
-        memset(valueCache, 0, sizeof valueCache);
-    }
-}
 
 int compareNameWithEntry(const void* name, const void* entry) {
     return strcmp(static_cast<const char*>(name), static_cast<const BsaConfEntry*>(entry)->name);
@@ -62,7 +53,6 @@ int bsaConfInit() {
     if (bsaConf != nullptr) {
         return 0;
     }
-    prepareCache();
     auto* conf = static_cast<BsaConf*>(malloc(sizeof(BsaConf)));
     if (conf == nullptr) {
         logWrite(kStateLevel, "Not enough memory to allocate Brask runtime configuration structure");
@@ -86,7 +76,6 @@ const char* bsaConfGet(const char* name) {
 }
 
 const char* bsaConfGetCached(unsigned row) {
-    prepareCache();
     if (valueCache[row] == nullptr) {
         valueCache[row] = bsaConfGet(bsaConfNames[row]);
     }

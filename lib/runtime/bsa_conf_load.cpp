@@ -1,4 +1,5 @@
-#include "lib/runtime/bsa_conf.h"
+#include "lib/runtime/bsa_conf_load.h"
+
 #include "lib/runtime/low_level_log.h"
 
 #include <cctype>

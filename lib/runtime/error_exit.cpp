@@ -1,6 +1,7 @@
-#include "lib/runtime/low_level_log.h"
+#include "lib/runtime/error_exit.h"
 
 #include <cerrno>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

@@ -6,6 +6,8 @@
 //
 // The state is global and unlocked. Call LogInit at start-up, before there is a second thread.
 
+#include "lib/runtime/error_exit.h"
+
 #include <cstdarg>
 
 namespace brask {
@@ -40,10 +42,5 @@ void LogSetLevel(int level);
 
 /// The options of the last LogInit for syslog, the process id's bit included.
 int LogGetOptions();
-
-/// Tells a fatal condition: prints the message to standard error and to standard output, with the program's
-/// name in front and, if errno is set, "\nSystem error <number>: <text>" behind. The message may have any
-/// length. Then ends the process by exit(exitCode); a call with 0 returns, and is the only one that does.
-void ErrorExit(int exitCode, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 } // namespace brask
