@@ -17,7 +17,7 @@ namespace {
 
 std::string defaultDirectory() {
     try {
-        return paramSource->getParam("DUMP_TMP_D");
+        return getParam("DUMP_TMP_D");
     } catch (const ExTraceableBase<ExDefault>&) {
         return getBmmTmpDir();
     }

@@ -5,8 +5,9 @@
 // told to) removes it, and the prefix is what an operator recognises one by that a dead process left behind.
 //
 // `dir` is where to put it; an empty one means the parameter DUMP_TMP_D, or getBmmTmpDir() when there is no
-// such parameter. `name` is the stem and may be empty. With `exactName` the stem stands without its
-// decoration, followed directly by the six characters.
+// such parameter; that raises Error<&ParamError, ExDefault> when there is no product root either. `name` is
+// the stem and may be empty. With `exactName` the stem stands without its decoration, followed directly by
+// the six characters.
 //
 // Files have mode 0600, directories 0700; their owner is the effective user. All of the functions raise
 // Error<&NotEnoughSpaceAt, ExFatal> with `dir` as it was given when the file system or a quota is full, which

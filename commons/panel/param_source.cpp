@@ -22,4 +22,11 @@ std::string ParamFromBSAStrategy::getParam(const char* name) const {
     return boost::algorithm::trim_copy(std::string(value));
 }
 
+std::string getParam(const char* name) {
+    if (paramSource == nullptr) {
+        BRASK_THROW(ParamError, name, "no parameter source is set");
+    }
+    return paramSource->getParam(name);
+}
+
 } // namespace brask

@@ -32,4 +32,7 @@ public:
 /// names the concrete class.
 extern ParamSourceStrategy* paramSource;
 
+/// paramSource's answer. Raises Error<&ParamError, ExDefault> when there is no source, too.
+std::string getParam(const char* name);
+
 } // namespace brask

@@ -38,10 +38,7 @@ std::string joinPath(const std::string& a, const std::string& b) {
 }
 
 std::string getProductRootDir() {
-    if (paramSource == nullptr) {
-        BRASK_THROW(ParamError, "PRODUCT_ROOT_D", "no parameter source is set");
-    }
-    return paramSource->getParam("PRODUCT_ROOT_D");
+    return getParam("PRODUCT_ROOT_D");
 }
 
 std::string getBmmDir() {

@@ -1,5 +1,6 @@
 #include "commons/run/debug_log.h"
 
+#include "commons/errors/error.h"
 #include "commons/errors/text_formatters.h"
 #include "commons/panel/product_paths.h"
 #include "commons/run/session_files.h"
@@ -44,6 +45,7 @@ void keepToPanelGroup(const std::string& logFile) {
 }
 
 void configureLog4cpp(bool debug) {
+    requireThat(session != nullptr, "session != NULL");
     const char* customLog = getenv("CUSTOM_LOG");
     const std::string logFile = session->getLogFile();
     const bool isNewLog = !std::filesystem::exists(logFile);

@@ -34,8 +34,8 @@ std::string makeFileBeside(const fs::path& path, const std::string& prefix) {
 
 /// Hands `file` over to the panel's account with its primary group. An unknown account reads as root.
 void giveToPanel(const std::string& file) {
-    const uid_t uid = idOfUser(paramSource->getParam("BSAADM").c_str(), 0);
-    const gid_t gid = idOfUser(paramSource->getParam("BSAADM").c_str(), 1);
+    const uid_t uid = idOfUser(getParam("BSAADM").c_str(), 0);
+    const gid_t gid = idOfUser(getParam("BSAADM").c_str(), 1);
     if (chown(file.c_str(), uid, gid) != 0) {
         BRASK_THROW(CantTakeFileOwnership, file, std::strerror(errno));
     }

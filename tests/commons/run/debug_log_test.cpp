@@ -53,6 +53,10 @@ TEST_F(DebugLogTest, AFailureLeavesNoLogAndASecondLogHasNoTarget) {
     EXPECT_THAT(readFile(session->getLogFile()), MatchesRegex("[^\n]* ERROR  went wrong\n"));
 }
 
+TEST(DebugLog, NeedsASession) {
+    EXPECT_THROW(DebugLogLifetimeController(false, false), Error<&AssertionFailed>);
+}
+
 using Session = RootTest;
 
 TEST_F(Session, ANewDirectoryAndItsParentsBelongToTheAdministrators) {

@@ -1,4 +1,6 @@
 #include "commons/files/file_utils.h"
+#include "commons/files/temp_file.h"
+#include "commons/panel/product_paths.h"
 #include "commons/xml_parse.h"
 #include "commons/xml_wrap.h"
 #include "tests/commons/library_test.h"
@@ -70,6 +72,22 @@ TEST_F(AtomicSave, WithoutAttemptsADocumentIsNotRenamed) {
     EXPECT_EQ(save("doc"), "");
     expectFile("doc", "old", "0:0 644");
     EXPECT_EQ(filesLeft(), 2);
+}
+
+TEST(ParamSource, WhateverNeedsOneRaisesWithoutIt) {
+    const TempDir dir;
+    tXmlBmmDocument document(std::string("<a/>"));
+    const XmlNode node(document.doc_.get(), document.root_);
+    const std::pair<std::string, std::function<void()>> cases[] = {
+        {"PRODUCT_ROOT_D", [] { getBmmDir(); }},
+        {"PRODUCT_ROOT_D", [] { BMM_getTempFileName("", "x", false); }},
+        {"BSAADM", [&] { document.saveToFileAtomically(dir.path("doc")); }},
+        {"BSAADM", [&] { node.saveToFileAtomically(dir.path("node")); }},
+    };
+    for (const auto& [name, step] : cases) {
+        EXPECT_EQ(thrownText<Error<&ParamError>>(step),
+                  "Can't get param " + name + ": no parameter source is set");
+    }
 }
 
 } // namespace
