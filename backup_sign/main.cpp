@@ -4,18 +4,17 @@
 #include "backup_sign/command_line.h"
 #include "backup_sign/run_lifetime.h"
 #include "backup_sign_lib/backup_sign.h"
+#include "commons/errors/system_error.h"
 #include "commons/log/log_facade.h"
 #include "commons/panel/param_source.h"
 
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/exception/exception.hpp>
 
-#include <cerrno>
 #include <exception>
 #include <ios>
 #include <iostream>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include <fcntl.h>
@@ -24,8 +23,6 @@
 namespace {
 
 using namespace brask;
-
-constexpr int kVerboseLevel = 3;
 
 ParamFromBSAStrategy bsaParameters;
 
@@ -74,13 +71,13 @@ int dispatchGuarded(const CommandLine& commandLine, RunLifetime& run) {
         return 0;
     } catch (const ExTraceableBase<ExDefault>& e) {
         if (LogFacade* log = GetLogFacade()) {
-            log->LogIfEnabled(kVerboseLevel, true, e);
+            log->LogIfEnabled(level::kVerbose, true, e);
         }
         std::cout << e.GetText() << std::endl;
         return 1;
     } catch (const boost::exception& e) {
         // No exit code is told to the run on this path: its stop line says that none was reported.
-        logMessage(kVerboseLevel, "{}", boost::diagnostic_information(e, true));
+        logMessage(level::kVerbose, "{}", boost::diagnostic_information(e, true));
         throw;
     } catch (...) {
         run.SetExitCode(1);
@@ -95,7 +92,7 @@ void reserveStandardStreams() {
         // open takes the lowest free number, which is this one. Opened the wrong way round, it fails as it
         // did closed.
         if (fcntl(fd, F_GETFD) == -1 && open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY) != fd) {
-            throw std::system_error(errno, std::generic_category(), "/dev/null");
+            throwErrno("/dev/null");
         }
     }
 }
@@ -122,10 +119,10 @@ int main(int argc, char** argv) {
     try {
         return run(argc, argv);
     } catch (const std::exception& e) {
-        logMessage(kVerboseLevel, "{}", e.what());
+        logMessage(level::kVerbose, "{}", e.what());
         std::cout << "Error: " << e.what() << std::endl;
     } catch (...) {
-        logMessage(kVerboseLevel, "Unknown error");
+        logMessage(level::kVerbose, "Unknown error");
         std::cout << "Unknown error" << std::endl;
     }
     return 1;

@@ -1,6 +1,7 @@
 #include "backup_sign_lib/backup_sign.h"
 
 #include "backup_sign_lib/dump_signature.h"
+#include "backup_sign_lib/legacy_xml.h"
 #include "backup_sign_lib/rsa_keys.h"
 #include "backup_sign_lib/sign_errors.h"
 #include "backup_sign_lib/signature_document.h"
@@ -47,7 +48,7 @@ std::string failureText(const std::string& what, const ExecCmd& helper) {
 
 void logInvalid(const Error<&VerifyError>& error) {
     if (LogFacade* log = GetLogFacade()) {
-        log->Write(3, true, error, nullptr);
+        log->Write(level::kVerbose, true, error, nullptr);
     }
 }
 
@@ -99,7 +100,7 @@ void BackupSign::EnsureServerCertificate() {
     try {
         LoadServerCertificate();
     } catch (const Error<&CertificateNotFoundError>& e) {
-        logMessage(3, "Failed to load backup sign certificate: {}", e.GetText());
+        logMessage(level::kVerbose, "Failed to load backup sign certificate: {}", e.GetText());
         // A helper that failed only for the moment loses its old pair here. That is accepted: no command is
         // to fail for want of a key.
         GenerateSign();
@@ -119,6 +120,18 @@ void BackupSign::SignDump(const std::vector<std::string>& files) {
 void BackupSign::VerifyDump(const std::vector<std::string>& files) {
     EnsureServerCertificate();
     verifyDumpFile(files, publicKey);
+}
+
+void BackupSign::SignXml(const std::string& input, const std::string& output) {
+    CopyFileOrStream(input, output);
+}
+
+void BackupSign::VerifyXml(const std::string& input, const std::string& output) {
+    unwrapEnvelope(input, output);
+}
+
+void BackupSign::CopyFileOrStream(const std::string& input, const std::string& output) {
+    copyFileOrStream(input, output);
 }
 
 std::string BackupSign::SignDigest(const Digest& digest) {

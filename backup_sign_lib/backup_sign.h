@@ -50,18 +50,9 @@ public:
     bool IsDumpSignValid(const std::vector<std::string>& files);
     bool IsSignValid(const std::string& signature, const Digest& digest);
 
-    /// The deprecated commands, which need no key and sign and check nothing. Standard input and output stand
-    /// in for an empty name, and are closed at the end. legacy_xml.cpp holds them.
-
-    /// CopyFileOrStream.
+    /// The deprecated commands, which need no key and sign and check nothing: see legacy_xml.h.
     void SignXml(const std::string& input, const std::string& output);
-
-    /// Writes the document `input` as UTF-8 to `output`, a migration dump in an envelope without its
-    /// envelope. Raises the errors of XML documents.
     void VerifyXml(const std::string& input, const std::string& output);
-
-    /// Copies bytes. Reports nothing: a write that fails ends the copy. `input` must exist and `output` must
-    /// be writable, otherwise the process dies.
     void CopyFileOrStream(const std::string& input, const std::string& output);
 
 private:

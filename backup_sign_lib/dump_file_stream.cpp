@@ -83,11 +83,10 @@ void countDigest(const std::vector<std::string>& files, Digest& digest, size_t l
 
 void checkFilesExistance(const std::vector<std::string>& files) {
     for (const std::string& path : files) {
-        const auto type = std::filesystem::status(path).type();
-        if (type == std::filesystem::file_type::none || type == std::filesystem::file_type::not_found) {
+        if (!std::filesystem::exists(path)) {
             BRASK_THROW(FileNotFoundError, path);
         }
-        if (std::filesystem::status(path).type() != std::filesystem::file_type::regular) {
+        if (!std::filesystem::is_regular_file(path)) {
             BRASK_THROW(IsNotRegularFileError, path);
         }
     }

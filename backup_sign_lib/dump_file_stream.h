@@ -57,6 +57,7 @@ void countDigest(const std::vector<std::string>& files, Digest& digest, size_t l
 /// Raises FileNotFoundError or IsNotRegularFileError for the first path that is missing or is something other
 /// than a regular file or a link to one. A path that can't be looked at raises
 /// std::filesystem::filesystem_error.
+// The spelling is part of the interface.
 void checkFilesExistance(const std::vector<std::string>& files);
 
 } // namespace brask

@@ -56,7 +56,8 @@ void signDumpFile(const std::vector<std::string>& files, const std::string& priv
     const std::string document = createSignatureDocument(digest, privateKey, publicKey);
     std::ofstream volume(files.back(), std::ios::binary | std::ios::app);
     if (!volume.is_open()) {
-        BRASK_THROW(SignError, "Unable to save sign to" + files.back());
+        BRASK_THROW(SignError,
+                    "Unable to save sign to" + files.back()); // sic, without a blank: callers match it
     }
     // Whether the document got there is not looked at: verifying the dump tells.
     volume << document;

@@ -1,7 +1,5 @@
-// The deprecated commands of BackupSign. They once signed XML files; what is left of them passes the files
-// through.
+#include "backup_sign_lib/legacy_xml.h"
 
-#include "backup_sign_lib/backup_sign.h"
 #include "backup_sign_lib/sign_errors.h"
 #include "commons/xml/xml_document.h"
 #include "commons/xml/xpath_expr.h"
@@ -38,7 +36,7 @@ void copyAll(FILE* from, FILE* to) {
 
 } // namespace
 
-void BackupSign::CopyFileOrStream(const std::string& input, const std::string& output) {
+void copyFileOrStream(const std::string& input, const std::string& output) {
     // A stream that can't be opened is passed on as null, and the process dies of it.
     const Stream from(input.empty() ? fdopen(fileno(stdin), "rb") : std::fopen(input.c_str(), "rb"));
     const Stream to(output.empty() ? fdopen(fileno(stdout), "wb") : std::fopen(output.c_str(), "wb"));
@@ -50,11 +48,7 @@ void BackupSign::CopyFileOrStream(const std::string& input, const std::string& o
     }
 }
 
-void BackupSign::SignXml(const std::string& input, const std::string& output) {
-    CopyFileOrStream(input, output);
-}
-
-void BackupSign::VerifyXml(const std::string& input, const std::string& output) {
+void unwrapEnvelope(const std::string& input, const std::string& output) {
     tXmlBmmDocument document(input.c_str());
     document.initFileDoc(nullptr);
     const std::map<std::string, std::string> namespaces{{"n", kEnvelopeNamespace}};

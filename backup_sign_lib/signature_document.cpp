@@ -62,6 +62,7 @@ std::shared_ptr<SignatureData> parseSignXml(const tXmlBmmDocument& document) {
     for (const std::string& path : paths) {
         const tXPathExpr found(document.doc_.get(), toXml(path), document.root_, namespaces);
         if (xmlXPathCastToBoolean(found.getResult()) == 0) {
+            // "Requred" is sic: callers match it.
             BRASK_THROW(WrongSignatureDataError, "Requred XML element is absent: " + path);
         }
     }

@@ -31,7 +31,7 @@ void recordRun(brask::Log& log) {
     try {
         BRASK_THROW(DatabaseIsTooOld, "10.3", "11.4");
     } catch (const brask::IExTraceable& e) {
-        brask::GetLogFacade()->Write(1, false, e, nullptr);
+        brask::GetLogFacade()->Write(brask::level::kWarning, false, e, nullptr);
     }
     log.AddObject("untouched.example.com", "subdomain");
     log.RemoveEmptyObject(); // collected nothing and leaves no trace
@@ -39,7 +39,7 @@ void recordRun(brask::Log& log) {
 
     // A message for an object that is not the current one names its path from the root.
     const brask::ObjectList path{{"example.com", "domain"}, {"info@example.com", "mailname"}};
-    brask::GetLogFacade()->Write(2, false, "The mailbox was restored", &path);
+    brask::GetLogFacade()->Write(brask::level::kInfo, false, "The mailbox was restored", &path);
 }
 
 } // namespace

@@ -3,6 +3,8 @@
 // The base classes of the exception family: what every failure of the library can tell about itself. The
 // classes that are thrown stand in error.h and exc.h.
 
+#include "commons/errors/severity.h"
+
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -49,13 +51,6 @@ public:
     /// Sends the facts to `visitor`. A visitor that throws ends it; what it was told so far stays with it.
     virtual void Accept(ExInfoVisitor& visitor) const = 0;
 };
-
-/// How grave a failure is, in the numbers that the logs share.
-namespace severity {
-inline constexpr int kInfo = 20;
-inline constexpr int kWarning = 30;
-inline constexpr int kError = 40;
-} // namespace severity
 
 /// Any failure of the family, whatever its severity policy.
 class IExTraceable : public Cloneable, public ExVisitable, public std::runtime_error {

@@ -1,6 +1,7 @@
 #include "commons/errors/system_error.h"
 
 #include <cstring>
+#include <system_error>
 
 namespace brask {
 
@@ -27,6 +28,10 @@ void throwSystemError(const std::string& message, int code) {
     default:
         throw SystemError(message, code);
     }
+}
+
+void throwErrno(const std::string& message, int code) {
+    throw std::system_error(code, std::generic_category(), message);
 }
 
 } // namespace brask

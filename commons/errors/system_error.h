@@ -34,4 +34,8 @@ public:
 /// Raises ExSystemError<code> for the five codes above, SystemError for any other.
 [[noreturn]] void throwSystemError(const std::string& message, int code);
 
+/// Raises std::system_error with the text "MESSAGE: " and that of `code`. For the units whose callers are
+/// promised the standard exception.
+[[noreturn]] void throwErrno(const std::string& message, int code = errno);
+
 } // namespace brask

@@ -11,12 +11,6 @@
 
 namespace brask {
 
-namespace {
-
-constexpr int kWarningLevel = 1;
-
-} // namespace
-
 void removeFileLogged(const std::string& path) {
     if (path.empty()) {
         return;
@@ -24,9 +18,9 @@ void removeFileLogged(const std::string& path) {
     try {
         RemoveFile(path);
     } catch (const std::exception& e) {
-        logMessage(kWarningLevel, "Unable to delete the file '{}': {}", path, e.what());
+        logMessage(level::kWarning, "Unable to delete the file '{}': {}", path, e.what());
     } catch (...) {
-        logMessage(kWarningLevel, "Unable to delete the file '{}'", path);
+        logMessage(level::kWarning, "Unable to delete the file '{}'", path);
     }
 }
 
@@ -48,9 +42,9 @@ TempDirGuard::~TempDirGuard() {
     try {
         std::filesystem::remove_all(path);
     } catch (const std::exception& e) {
-        logMessage(kWarningLevel, "Unable to delete the directory '{}': {}", path, e.what());
+        logMessage(level::kWarning, "Unable to delete the directory '{}': {}", path, e.what());
     } catch (...) {
-        logMessage(kWarningLevel, "Unable to delete the directory '{}'", path);
+        logMessage(level::kWarning, "Unable to delete the directory '{}'", path);
     }
 }
 

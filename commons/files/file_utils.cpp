@@ -1,5 +1,6 @@
 #include "commons/files/file_utils.h"
 
+#include "commons/errors/system_error.h"
 #include "commons/files/retry.h"
 
 #include <array>
@@ -7,7 +8,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <system_error>
 
 #include <strings.h>
 #include <sys/vfs.h>
@@ -16,10 +16,6 @@
 namespace brask {
 
 namespace {
-
-[[noreturn]] void throwErrno(const std::string& message) {
-    throw std::system_error(errno, std::generic_category(), message);
-}
 
 /// Cuts `path` at its last slash for the time of the step on its parent.
 void makeDirStep(char* path, uid_t uid, gid_t gid, mode_t mode) {
@@ -39,28 +35,13 @@ void makeDirStep(char* path, uid_t uid, gid_t gid, mode_t mode) {
     [[maybe_unused]] const int ignored = chown(path, uid, gid);
 }
 
-/// One read(2), repeated when a signal interrupts it. 0 is the end of file.
+/// One read(2). 0 is the end of file.
 size_t readSome(int fd, char* buffer, size_t size) {
-    ssize_t got = 0;
-    do {
-        got = read(fd, buffer, size);
-    } while (got < 0 && errno == EINTR);
-    if (got < 0) {
+    const ssize_t got = TEMP_FAILURE_RETRY(read(fd, buffer, size));
+    if (got == -1) {
         throwErrno("Unable to read data");
     }
     return static_cast<size_t>(got);
-}
-
-void writeAll(int fd, const char* data, size_t size) {
-    while (size > 0) {
-        const ssize_t written = write(fd, data, size);
-        if (written >= 0) {
-            data += written;
-            size -= static_cast<size_t>(written);
-        } else if (errno != EINTR) {
-            throwErrno("Unable to write data");
-        }
-    }
 }
 
 } // namespace
@@ -90,10 +71,24 @@ unsigned long long getFreeSpace(const std::string& path) {
     return static_cast<unsigned long long>(fileSystem.f_bsize) * fileSystem.f_bavail;
 }
 
+bool writeAll(int fd, const char* data, size_t size) {
+    while (size > 0) {
+        const ssize_t written = TEMP_FAILURE_RETRY(write(fd, data, size));
+        if (written == -1) {
+            return false;
+        }
+        data += written;
+        size -= static_cast<size_t>(written);
+    }
+    return true;
+}
+
 void copyData(int from, int to) {
     std::array<char, 4096> buffer{};
     while (const size_t got = readSome(from, buffer.data(), buffer.size())) {
-        writeAll(to, buffer.data(), got);
+        if (!writeAll(to, buffer.data(), got)) {
+            throwErrno("Unable to write data");
+        }
     }
 }
 

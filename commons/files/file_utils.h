@@ -4,6 +4,7 @@
 
 #include "commons/errors/error.h"
 
+#include <cstddef>
 #include <ctime>
 #include <filesystem>
 #include <istream>
@@ -30,6 +31,10 @@ void make_dir(const char* path, uid_t uid, gid_t gid, mode_t mode);
 /// The bytes that are free for an ordinary user on the file system that holds `path`. Raises
 /// Error<&CantStatFS, ExDefault>.
 unsigned long long getFreeSpace(const std::string& path);
+
+/// Writes all of `data` to the descriptor, however many calls it takes and whatever signals interrupt them.
+/// False with errno set when a call fails; what was written by then stays.
+bool writeAll(int fd, const char* data, size_t size);
 
 /// Copies what can be read from the descriptor `from`, up to the end of file, to the descriptor `to`. Raises
 /// std::system_error.

@@ -1,6 +1,7 @@
 #include "commons/files/shared_file.h"
 
 #include "commons/errors/format.h"
+#include "commons/files/file_utils.h"
 #include "commons/log/call_no_throw.h"
 
 #include <cerrno>
@@ -65,7 +66,7 @@ void SharedFile::unlock() {
 }
 
 void SharedFile::Append(std::string data) {
-    underExclusiveLock([&] { writeAtEnd(std::move(data)); });
+    underExclusiveLock([&] { writeAtEnd(data); });
 }
 
 void SharedFile::AppendLine(const std::string& line) {
@@ -108,15 +109,11 @@ off_t SharedFile::seekEnd() const {
     return end;
 }
 
-void SharedFile::writeAtEnd(std::string data) const {
+void SharedFile::writeAtEnd(const std::string& data) const {
     // Not O_APPEND: the seek under the lock is what keeps the records together.
     seekEnd();
-    while (!data.empty()) {
-        const ssize_t written = TEMP_FAILURE_RETRY(write(fd_, data.data(), data.size()));
-        if (written == -1) {
-            raiseSystemError("Failed to write the file {}");
-        }
-        data.erase(0, static_cast<std::size_t>(written));
+    if (!writeAll(fd_, data.data(), data.size())) {
+        raiseSystemError("Failed to write the file {}");
     }
 }
 

@@ -53,7 +53,7 @@ private:
     void underExclusiveLock(const std::function<void()>& step);
     bool endsInsideLine() const;
     off_t seekEnd() const;
-    void writeAtEnd(std::string data) const;
+    void writeAtEnd(const std::string& data) const;
     [[noreturn]] void raiseSystemError(const char* messageTemplate) const;
 
     std::string path_;

@@ -7,26 +7,20 @@
 
 namespace brask {
 
-namespace {
-
-constexpr int kDebugLevel = 4;
-
-} // namespace
-
 void callNoThrow(const std::function<void()>& fn, const std::string& message) {
     try {
         fn();
     } catch (const IExTraceable& e) {
-        logMessage(kDebugLevel, "{}: {}", message, e.GetText());
+        logMessage(level::kDebug, "{}: {}", message, e.GetText());
         if (LogFacade* log = GetLogFacade()) {
-            log->Write(kDebugLevel, true, e, nullptr);
+            log->Write(level::kDebug, true, e, nullptr);
         }
     } catch (const boost::exception& e) {
-        logMessage(kDebugLevel, "{}: {}", message, boost::diagnostic_information(e));
+        logMessage(level::kDebug, "{}: {}", message, boost::diagnostic_information(e));
     } catch (const std::exception& e) {
-        logMessage(kDebugLevel, "{}: {}", message, e.what());
+        logMessage(level::kDebug, "{}: {}", message, e.what());
     } catch (...) {
-        logMessage(kDebugLevel, "{}", message);
+        logMessage(level::kDebug, "{}", message);
     }
 }
 

@@ -8,10 +8,10 @@ namespace brask {
 
 namespace {
 
-// The least important level that the structured log is told of.
-constexpr int kLastStructuredLevel = 2;
+// The least important level that the structured log gets.
+constexpr int kLastStructuredLevel = level::kInfo;
 // The least important level that is worth an error report.
-constexpr int kLastReportedLevel = 1;
+constexpr int kLastReportedLevel = level::kWarning;
 
 std::unique_ptr<LogFacade> instance;
 int attachedSinks = 0;
@@ -21,30 +21,6 @@ ReportHook reportHook = nullptr;
 
 DebugLog* currentDebugLog = nullptr;
 Log* currentLog = nullptr;
-
-int severityOfLevel(int level) {
-    switch (level) {
-    case 0:
-        return severity::kError;
-    case 1:
-        return severity::kWarning;
-    default:
-        return severity::kInfo;
-    }
-}
-
-int levelOfSeverity(int severity) {
-    switch (severity) {
-    case severity::kError:
-        return 0;
-    case severity::kWarning:
-        return 1;
-    case severity::kInfo:
-        return 2;
-    default:
-        return 3;
-    }
-}
 
 void LogFacade::Write(int level, bool report, const std::string& message, const ObjectList* objects) {
     // To the structured log a plain text is an exception without a name.
@@ -65,7 +41,7 @@ void LogFacade::Write(int level, bool report, const IExTraceable& ex, const std:
         }
     }
     if (debugLog != nullptr) {
-        if (level == 0) {
+        if (level == level::kError) {
             debugLog->Error(text);
         } else {
             debugLog->Info(text);

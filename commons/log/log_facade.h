@@ -4,11 +4,11 @@
 // plain text lines and a structured log, the XML execution log. Either may be missing, and without any sink
 // there is no front end at all: a log site asks GetLogFacade() first and does nothing on null.
 //
-// Levels: 0 error, 1 warning, 2 info, 3 verbose, 4 debug. They are not the severities of exceptions (20, 30,
-// 40).
+// Levels are those of log_level.h, not the severities of exceptions.
 
 #include "commons/errors/ex_base.h"
 #include "commons/errors/format.h"
+#include "commons/log/log_level.h"
 
 #include <list>
 #include <string>
@@ -58,12 +58,6 @@ public:
     virtual ObjectList GetObjects() const = 0;
 };
 
-/// 0 gives 40, 1 gives 30, any other level 20.
-int severityOfLevel(int level);
-
-/// 40 gives 0, 30 gives 1, 20 gives 2, any other severity 3.
-int levelOfSeverity(int severity);
-
 class LogFacade {
 public:
     /// Logs a text, or an exception as the text of GetErrorText. The structured log gets levels 0 to 2 only,
@@ -95,7 +89,7 @@ private:
 
     DebugLog* debugLog = nullptr;
     Log* xmlLog = nullptr;
-    int level = 2;
+    int level = level::kInfo;
 };
 
 /// Sends an error report about `component`, an object's type or "general".
@@ -128,11 +122,11 @@ void logMessage(int level, std::string_view messageTemplate, const Args&... args
     }
 }
 
-/// A note of progress: logMessage of level 3, but only if the front end's own level is that high.
+/// A note of progress: logMessage at the verbose level, but only if the front end's own level is that high.
 template <class... Args>
 void logNote(std::string_view messageTemplate, const Args&... args) {
-    if (const LogFacade* log = GetLogFacade(); log != nullptr && log->GetLevel() > 2) {
-        logMessage(3, messageTemplate, args...);
+    if (const LogFacade* log = GetLogFacade(); log != nullptr && log->GetLevel() > level::kInfo) {
+        logMessage(level::kVerbose, messageTemplate, args...);
     }
 }
 

@@ -13,7 +13,6 @@ namespace brask {
 
 namespace {
 
-constexpr int kWarningLevel = 1;
 constexpr const char* kSection = "bmm";
 
 } // namespace
@@ -44,11 +43,11 @@ void BackupSettings::read(std::istream& file) {
         BRASK_BACKUP_SETTINGS(BRASK_READ_SETTING)
 #undef BRASK_READ_SETTING
     } catch (const std::exception& e) {
-        logMessage(kWarningLevel,
+        logMessage(level::kWarning,
                    "Unable to read backup settings, default settings will be used instead. Details: {}",
                    e.what());
     } catch (...) {
-        logMessage(kWarningLevel, "Unable to read backup settings, default settings will be used instead");
+        logMessage(level::kWarning, "Unable to read backup settings, default settings will be used instead");
     }
 }
 

@@ -9,14 +9,9 @@ namespace brask {
 
 namespace {
 
-bool isPresent(const std::string& path) {
-    const auto type = std::filesystem::status(path).type();
-    return type != std::filesystem::file_type::not_found && type != std::filesystem::file_type::none;
-}
-
 std::string databaseTool(const std::string& preferred, const std::string& fallback) {
     const std::string candidate = joinPath(getMysqlBinDir(), preferred);
-    return isPresent(candidate) ? candidate : joinPath(getMysqlBinDir(), fallback);
+    return std::filesystem::exists(candidate) ? candidate : joinPath(getMysqlBinDir(), fallback);
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "commons/panel/settings_parser.h"
 
+#include "commons/errors/system_error.h"
+
 #include <boost/algorithm/string/join.hpp>
 #include <boost/algorithm/string/trim.hpp>
 
@@ -37,10 +39,6 @@ std::string displayForm(int character) {
     }
 }
 
-[[noreturn]] void throwStreamError(const char* message) {
-    throw std::system_error(errno, std::generic_category(), message);
-}
-
 bool failedBeforeEnd(const std::istream& stream) {
     return stream.fail() && !stream.eof();
 }
@@ -71,14 +69,14 @@ void SettingsParser::skipByteOrderMark() {
     std::array<char, 3> start{};
     input->read(start.data(), start.size());
     if (failedBeforeEnd(*input)) {
-        throwStreamError("Unable to read characters");
+        throwErrno("Unable to read characters");
     }
     if (input->gcount() == static_cast<std::streamsize>(mark.size()) && start == mark) {
         return;
     }
     input->clear();
     if (!input->seekg(0)) {
-        throwStreamError("Unable to return input position back");
+        throwErrno("Unable to return input position back");
     }
 }
 
@@ -94,7 +92,7 @@ void SettingsParser::advance() {
     const int previous = current;
     current = input->get();
     if (failedBeforeEnd(*input)) {
-        throwStreamError("Unable to read next character");
+        throwErrno("Unable to read next character");
     }
     if (previous == '\n') {
         ++line;

@@ -25,14 +25,7 @@ namespace brask {
 
 namespace {
 
-constexpr int kVerboseLevel = 3;
-
 std::optional<bool> reportsEnabled;
-
-bool isAbsent(const std::string& path) {
-    const auto type = std::filesystem::status(path).type();
-    return type == std::filesystem::file_type::not_found || type == std::filesystem::file_type::none;
-}
 
 /// A logged text can hold anything, a byte of a broken configuration file, say; an XML document cannot.
 std::string asXmlText(const std::string& text) {
@@ -49,7 +42,7 @@ std::string currentTrace() {
 }
 
 void addTestData(tXmlBmmDocument& report) {
-    if (isAbsent(getTestMetaFile())) {
+    if (!std::filesystem::exists(getTestMetaFile())) {
         return;
     }
     std::ifstream file(getTestMetaFile());
@@ -109,13 +102,13 @@ bool ErrorReportSender::IsEnabled() {
     // A report that the check itself raises must stop here.
     reportsEnabled = false;
     try {
-        reportsEnabled = isAbsent(BRASK_FEEDBACK_DISABLED_FILE);
+        reportsEnabled = !std::filesystem::exists(BRASK_FEEDBACK_DISABLED_FILE);
     } catch (const Error<&ParamError>&) {
         reportsEnabled = true;
     } catch (const std::exception& e) {
-        logMessage(kVerboseLevel, "Failed to check feedback permission: {}", e.what());
+        logMessage(level::kVerbose, "Failed to check feedback permission: {}", e.what());
     } catch (...) {
-        logMessage(kVerboseLevel, "Failed to check feedback permission");
+        logMessage(level::kVerbose, "Failed to check feedback permission");
     }
     return *reportsEnabled;
 }

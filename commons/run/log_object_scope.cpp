@@ -5,22 +5,16 @@
 
 namespace brask {
 
-namespace {
-
-constexpr int kVerbose = 3;
-
-} // namespace
-
 LogObjectScope::LogObjectScope(const std::string& name, int kind)
     : title(name + " " + objectDisplayName(kind)) {
-    logMessage(kVerbose, "=> {}", title);
+    logMessage(level::kVerbose, "=> {}", title);
     if (currentLog != nullptr) {
         currentLog->AddObject(name, objectDisplayName(kind));
     }
 }
 
 LogObjectScope::~LogObjectScope() {
-    logMessage(kVerbose, "++ {}", title);
+    logMessage(level::kVerbose, "++ {}", title);
     if (currentLog != nullptr) {
         currentLog->RemoveEmptyObject();
     }

@@ -55,7 +55,8 @@ ProfilingContext::ProfilingContext(const std::string& path) {
         try {
             file = std::make_unique<SharedFile>(path, static_cast<uid_t>(-1), groupId("bsaadm"), 0660);
         } catch (const std::exception& e) {
-            logMessage(3, "Unable to open the log file '{}', cancel profile logging: {}", path, e.what());
+            logMessage(level::kVerbose, "Unable to open the log file '{}', cancel profile logging: {}", path,
+                       e.what());
         }
     }
     currentContext = this;
@@ -80,7 +81,7 @@ void ProfilingContext::attempt(const std::function<void()>& step) {
         step();
     } catch (const std::exception& e) {
         cancelled = true;
-        logMessage(3, "Unable to write the profile info, cancel profile logging: {}", e.what());
+        logMessage(level::kVerbose, "Unable to write the profile info, cancel profile logging: {}", e.what());
     }
 }
 

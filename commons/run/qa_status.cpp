@@ -10,20 +10,6 @@
 
 namespace brask {
 
-namespace {
-
-int severityOfWord(const std::string& word) {
-    if (word == "error") {
-        return severity::kError;
-    }
-    if (word == "warning") {
-        return severity::kWarning;
-    }
-    return word == "info" ? severity::kInfo : QaStatus().severity;
-}
-
-} // namespace
-
 QaStatus readQaStatus(const std::string& name) {
     const std::string path = getQaStatusFile();
     if (!std::filesystem::exists(path)) {
@@ -41,7 +27,7 @@ QaStatus readQaStatus(const std::string& name) {
     const std::string message = getNodeContent(util);
     return {.found = true,
             .errcode = errcode.empty() ? 0 : boost::lexical_cast<int>(errcode),
-            .severity = severityOfWord(getAttributeOrEmpty(util, "severity")),
+            .severity = severityOfWord(getAttributeOrEmpty(util, "severity"), QaStatus().severity),
             .message = message.empty() ? "QA test message" : message};
 }
 

@@ -9,8 +9,6 @@ namespace brask {
 
 namespace {
 
-constexpr int kVerboseLevel = 3;
-
 std::string commandLine(int argc, char** argv) {
     CmdLine line;
     for (int i = 0; i < argc; ++i) {
@@ -28,9 +26,9 @@ StartStopLogger::StartStopLogger(const std::string& name, int argc, char** argv)
 
 StartStopLogger::~StartStopLogger() {
     if (exitCode == -1) {
-        logMessage(kVerboseLevel, "{} finished.  (exit code is not reported)", name);
+        logMessage(level::kVerbose, "{} finished.  (exit code is not reported)", name);
     } else {
-        logMessage(kVerboseLevel, "{} finished. Exit code: {}", name, exitCode);
+        logMessage(level::kVerbose, "{} finished. Exit code: {}", name, exitCode);
     }
 }
 

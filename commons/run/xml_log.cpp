@@ -46,8 +46,11 @@ void appendObjects(const XmlNode& node, ObjectList& objects) {
 } // namespace
 
 XmlLog::XmlLog(const std::string& fileName)
-    : path(resultPath(fileName)),
-      statusTable{{10, "success"}, {20, "info"}, {30, "warning"}, {40, "error"}, {1, ""}},
+    : path(resultPath(fileName)), statusTable{{10, "success"},
+                                              {severity::kInfo, severityWord(severity::kInfo)},
+                                              {severity::kWarning, severityWord(severity::kWarning)},
+                                              {severity::kError, severityWord(severity::kError)},
+                                              {1, ""}},
       current(doc_.get(), nullptr) {
     initNewDoc("execution-result");
     current.node_ = root_;
@@ -58,7 +61,7 @@ XmlLog::~XmlLog() {
     try {
         write();
     } catch (const std::exception& e) {
-        logMessage(0, "Unable to write the execution log {}: {}", path, e.what());
+        logMessage(level::kError, "Unable to write the execution log {}: {}", path, e.what());
     }
 }
 

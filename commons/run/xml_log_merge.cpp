@@ -6,14 +6,7 @@ namespace brask {
 
 namespace {
 
-int severityOfWord(const std::string& word) {
-    if (word == "error") {
-        return severity::kError;
-    }
-    return word == "warning" ? severity::kWarning : severity::kInfo;
-}
-
-/// Adds what stands at `element`, which lies in the file below `objects`.
+/// Adds what is at `element`, which lies in the file below `objects`.
 void merge(Log& log, const XmlNode& element, const ObjectList& objects) {
     for (xmlNode* child = xmlFirstElementChild(element.node_); child != nullptr;
          child = xmlNextElementSibling(child)) {
@@ -21,7 +14,8 @@ void merge(Log& log, const XmlNode& element, const ObjectList& objects) {
         if (tXmlBmmDocument::nodeNameIs(child->name, "message")) {
             const std::string description = getNodeContent(node.getNode("description").node_);
             const std::string word = getNodeContent(node.getNode("@severity").node_);
-            log.AddMessage(severityOfWord(word), ExTraceableBase<ExDefault>("", description), objects);
+            log.AddMessage(severityOfWord(word, severity::kInfo), ExTraceableBase<ExDefault>("", description),
+                           objects);
         } else if (tXmlBmmDocument::nodeNameIs(child->name, "object")) {
             ObjectList path = objects;
             path.emplace_back(getAttributeOrEmpty(child, "name"), getAttributeOrEmpty(child, "type"));

@@ -1,6 +1,7 @@
 #include "commons/text/text_utils.h"
 
 #include "commons/errors/format.h"
+#include "commons/errors/system_error.h"
 
 #include <boost/algorithm/string/join.hpp>
 #include <boost/algorithm/string/split.hpp>
@@ -9,7 +10,6 @@
 #include <cerrno>
 #include <regex>
 #include <stdexcept>
-#include <system_error>
 #include <vector>
 
 #include <iconv.h>
@@ -19,10 +19,6 @@ namespace brask {
 namespace {
 
 constexpr size_t kMaxLines = 30;
-
-[[noreturn]] void throwErrno(const char* message) {
-    throw std::system_error(errno, std::generic_category(), message);
-}
 
 /// An open conversion of iconv.
 class Conversion {
@@ -69,7 +65,7 @@ std::string SanitizeUtf8(const std::string& text) {
             ++in;
             --inLeft;
         } else if (failure != 0) {
-            throw std::system_error(failure, std::generic_category(), "Unable to convert an input string");
+            throwErrno("Unable to convert an input string", failure);
         }
     }
     output.resize(output.size() - outLeft);

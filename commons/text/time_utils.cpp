@@ -1,8 +1,8 @@
 #include "commons/text/time_utils.h"
 
+#include "commons/errors/system_error.h"
+
 #include <array>
-#include <cerrno>
-#include <system_error>
 
 namespace brask {
 
@@ -10,7 +10,7 @@ tm toLocalTime(std::chrono::system_clock::time_point when) {
     const time_t seconds = std::chrono::system_clock::to_time_t(when);
     tm local{};
     if (localtime_r(&seconds, &local) == nullptr) {
-        throw std::system_error(errno, std::generic_category(), "Failed to convert time");
+        throwErrno("Failed to convert time");
     }
     return local;
 }

@@ -63,8 +63,7 @@ void XmlNode::saveToFileAtomically(cstring& path) const {
     giveToPanel(file);
     try {
         // Unlike the document's, this save takes the target away first: for a moment there is none.
-        const fs::file_type type = fs::status(path).type();
-        if (type != fs::file_type::not_found && type != fs::file_type::none) {
+        if (fs::exists(path)) {
             fs::remove(path);
         }
         brask::rename(file, path);

@@ -2,21 +2,6 @@
 
 namespace brask {
 
-namespace {
-
-const char* levelWord(int severity) {
-    switch (severity) {
-    case severity::kWarning:
-        return "warning";
-    case severity::kInfo:
-        return "info";
-    default:
-        return "error";
-    }
-}
-
-} // namespace
-
 void XmlMsgFormatter::OnName(const std::string& tagName) {
     document.setAttribute(node, "code", tagName);
 }
@@ -30,7 +15,7 @@ void XmlMsgFormatter::OnInner() {
 }
 
 void XmlMsgFormatter::OnSeverity(int severity) {
-    document.setAttribute(node, "severity", levelWord(severity));
+    document.setAttribute(node, "severity", severityWord(severity));
 }
 
 } // namespace brask

@@ -1,7 +1,5 @@
 #include "tests/end_to_end/tool_fixture.h"
 
-#include "lib/process/lib/ExecCmd.h"
-
 #include <fstream>
 
 namespace end_to_end {
@@ -13,20 +11,6 @@ namespace {
 constexpr const char* kHelper = "admin/bin/backup_restore_helper";
 
 } // namespace
-
-Outcome runProgram(const std::vector<std::string>& command, const std::map<std::string, std::string>& env,
-                   const std::string& input) {
-    brask::ExecCmd run(command.at(0));
-    for (std::size_t i = 1; i < command.size(); ++i) {
-        run.addArg(command[i]);
-    }
-    for (const auto& [name, value] : env) {
-        run.setEnv(name, value);
-    }
-    run.stdinData = input;
-    run.execute();
-    return {run.status, run.stdoutData, run.stderrData};
-}
 
 std::string shell(const std::string& script, const std::vector<std::string>& arguments) {
     std::vector<std::string> command{"/bin/sh", "-ec", script, "sh"};
@@ -50,8 +34,8 @@ ToolTest::~ToolTest() {
     std::ofstream(BRASK_CONF_FILE) << savedConfiguration;
 }
 
-Outcome ToolTest::tool(const std::vector<std::string>& arguments,
-                       const std::map<std::string, std::string>& env, const std::string& input) const {
+Outcome ToolTest::tool(const std::vector<std::string>& arguments, const test_support::Environment& env,
+                       const std::string& input) const {
     std::vector<std::string> command{BACKUP_SIGN_PROGRAM};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return runProgram(command, env, input);

@@ -1,25 +1,17 @@
 #pragma once
 
+#include "tests/support/program.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <string>
 #include <vector>
 
 namespace end_to_end {
 
-/// What a run of a program left behind.
-struct Outcome {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-/// Runs `command` (program, then arguments) to its end, with `env` on top of this process's environment.
-Outcome runProgram(const std::vector<std::string>& command,
-                   const std::map<std::string, std::string>& env = {}, const std::string& input = {});
+using Outcome = test_support::ProgramResult;
+using test_support::runProgram;
 
 /// Runs a script with /bin/sh in which "$1" and so on are `arguments`; fails the test when it fails.
 std::string shell(const std::string& script, const std::vector<std::string>& arguments = {});
@@ -32,8 +24,8 @@ protected:
     ToolTest();
     ~ToolTest() override;
 
-    Outcome tool(const std::vector<std::string>& arguments,
-                 const std::map<std::string, std::string>& env = {}, const std::string& input = {}) const;
+    Outcome tool(const std::vector<std::string>& arguments, const test_support::Environment& env = {},
+                 const std::string& input = {}) const;
 
     /// Runs the tool and expects `text` and a line end on standard output, nothing on standard error, and
     /// exit code 1.

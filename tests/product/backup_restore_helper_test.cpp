@@ -32,7 +32,7 @@ protected:
     /// Runs the helper from a shell. Its status, and behind a colon what it printed.
     std::string run(const std::string& arguments, const std::string& input = "",
                     const std::string& setup = "") const {
-        const auto result = runProgram({"/bin/sh", "-c", setup + " exec " + helper + " " + arguments}, input);
+        const auto result = runProgram({"/bin/sh", "-c", setup + " exec " + helper + " " + arguments}, {}, input);
         return std::to_string(result.status) + ":" + result.out;
     }
 
@@ -73,8 +73,8 @@ TEST_F(BackupRestoreHelper, EachRefusalIsOneLineAndKeepsTheOldPair) {
 TEST_F(BackupRestoreHelper, ConcurrentAndKilledWritersLeaveOneWholePair) {
     run(kSet, pairOf('a'));
     for (int round = 0; round < 60; ++round) {
-        Program killed({helper, kSet}, pairOf('a'));
-        Program writer({helper, kSet}, pairOf('b'));
+        Program killed({helper, kSet}, {}, pairOf('a'));
+        Program writer({helper, kSet}, {}, pairOf('b'));
         usleep(static_cast<useconds_t>(round) * 100);
         killed.kill();
         EXPECT_THAT(run(kGet), testing::AnyOf("0:" + pairOf('a'), "0:" + pairOf('b'))) << round;

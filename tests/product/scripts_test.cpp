@@ -53,7 +53,7 @@ TEST(SendErrorReport, KeepsTheLatestHundredReportsAndRefusesWhatIsNone) {
         {"bmm", "<error>" + std::string(1 << 20, ' ') + "</error>", "it is longer than 1048576 bytes"},
     };
     for (const auto& [argument, text, reason] : cases) {
-        const ProgramResult result = runProgram({script, argument}, text);
+        const ProgramResult result = runProgram({script, argument}, {}, text);
         EXPECT_EQ(result.status, reason.empty() ? 0 : 1) << reason;
         EXPECT_EQ(result.out, reason.empty() ? "" : "The error report is not taken: " + reason + "\n");
     }
