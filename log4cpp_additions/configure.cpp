@@ -1,129 +1,152 @@
 #include "log4cpp_additions/configure.h"
 
-#include "log4cpp_additions/pattern.h"
+#include "log4cpp_additions/appenders.h"
 #include "log4cpp_additions/properties.h"
 
-#include <log4cpp/Appender.hh>
 #include <log4cpp/Category.hh>
+#include <log4cpp/Configurator.hh>
 
+#include <algorithm>
 #include <fstream>
 #include <memory>
+#include <sstream>
+#include <stdexcept>
 #include <vector>
 
 namespace log4cpp_additions {
 
 namespace {
 
-constexpr const char* kAppenderPrefix = "appender.";
+using log4cpp::ConfigureFailure;
+using log4cpp::Priority;
 
-/// The type in a value such as "org.apache.log4j.FileAppender": what stands behind the last dot.
-std::string typeOf(const std::string& value) {
-    return value.substr(value.rfind('.') + 1);
+constexpr const char* kRootCategory = "rootCategory";
+
+using Appenders = std::map<std::string, std::unique_ptr<log4cpp::Appender>>;
+
+/// The properties below `prefix`, without it.
+Properties below(const std::string& prefix, const Properties& properties) {
+    Properties result;
+    for (auto i = properties.lower_bound(prefix); i != properties.end() && i->first.starts_with(prefix);
+         ++i) {
+        result.emplace_hint(result.end(), i->first.substr(prefix.size()), i->second);
+    }
+    return result;
 }
 
-std::string keyOf(const std::string& appenderName) {
-    return kAppenderPrefix + appenderName;
+/// The appenders that the file defines.
+std::vector<AppenderProperties> definedAppenders(const Properties& properties) {
+    std::vector<AppenderProperties> appenders;
+    const Properties definitions = below("appender.", properties);
+    for (const auto& [key, type] : definitions) {
+        const std::string name = key.substr(0, key.find('.'));
+        if (name == key) {
+            appenders.emplace_back(name, properties);
+        } else if (!definitions.contains(name)) {
+            throw ConfigureFailure("partial appender definition : appender." + key);
+        }
+    }
+    return appenders;
 }
 
-/// The names of the appenders that the file defines.
-std::vector<std::string> appenderNames(const Properties& properties) {
-    std::vector<std::string> names;
-    const std::string prefix = kAppenderPrefix;
-    for (const auto& [key, value] : properties) {
-        if (key.starts_with(prefix) && key.find('.', prefix.size()) == std::string::npos) {
-            names.push_back(key.substr(prefix.size()));
+/// A category as the file has it, with nothing done about it so far.
+struct CategorySettings {
+    std::string name;
+    Priority::Value priority = Priority::NOTSET;
+    bool additive = true;
+    std::vector<log4cpp::Appender*> appenders;
+
+    bool isRoot() const { return name == kRootCategory; }
+
+    void apply() const {
+        log4cpp::Category& category =
+            isRoot() ? log4cpp::Category::getRoot() : log4cpp::Category::getInstance(name);
+        category.setPriority(priority);
+        category.setAdditivity(additive);
+        category.removeAllAppenders();
+        for (log4cpp::Appender* appender : appenders) {
+            category.addAppender(*appender); // by reference: categories share appenders
         }
     }
-    return names;
-}
-
-void translateStderrAppenders(Properties& properties, const std::vector<std::string>& names) {
-    for (const std::string& name : names) {
-        std::string& type = properties.at(keyOf(name));
-        if (typeOf(type) == "StderrAppender") {
-            type = "ConsoleAppender";
-            properties[keyOf(name) + ".target"] = "stderr";
-        }
-    }
-}
-
-/// Takes the conversion patterns out of `properties`, by appender: the stock configurator, which does not
-/// know all of their specifiers, leaves such a layout at its default.
-std::map<std::string, std::string> takePatterns(Properties& properties,
-                                                const std::vector<std::string>& names) {
-    std::map<std::string, std::string> patterns;
-    for (const std::string& name : names) {
-        const auto layout = properties.find(keyOf(name) + ".layout");
-        if (layout == properties.end() || typeOf(layout->second) != "PatternLayout") {
-            continue;
-        }
-        if (auto pattern = properties.extract(layout->first + ".ConversionPattern")) {
-            patterns.emplace(name, pattern.mapped());
-        }
-    }
-    return patterns;
-}
-
-void putInPatterns(const std::map<std::string, std::string>& patterns) {
-    for (const auto& [name, pattern] : patterns) {
-        log4cpp::Appender* appender = log4cpp::Appender::getAppender(name);
-        if (appender->requiresLayout()) {
-            appender->setLayout(std::make_unique<ColorPatternLayout>(pattern).release());
-        }
-    }
-}
-
-/// Takes back what a failed configuration has made. Knows the new appenders from older ones of the same name.
-class AppenderRollback {
-public:
-    explicit AppenderRollback(const std::vector<std::string>& names) {
-        for (const std::string& name : names) {
-            previous.emplace(name, log4cpp::Appender::getAppender(name));
-        }
-    }
-
-    void run() const {
-        for (const auto& [name, before] : previous) {
-            log4cpp::Appender* appender = log4cpp::Appender::getAppender(name);
-            if (appender != nullptr && appender != before) {
-                retire(*appender);
-            }
-        }
-    }
-
-private:
-    // Closed, not deleted: the stock configurator keeps pointers to everything that it ever made.
-    static void retire(log4cpp::Appender& appender) {
-        const std::unique_ptr<std::vector<log4cpp::Category*>> categories(
-            log4cpp::Category::getCurrentCategories());
-        for (log4cpp::Category* category : *categories) {
-            category->removeAppender(&appender);
-        }
-        appender.close();
-    }
-
-    std::map<std::string, log4cpp::Appender*> previous;
 };
+
+Priority::Value priorityOf(const std::string& word, const CategorySettings& category) {
+    try {
+        const Priority::Value priority = word.empty() ? Priority::NOTSET : Priority::getPriorityValue(word);
+        if (category.isRoot() && priority >= Priority::NOTSET) {
+            throw std::invalid_argument("cannot set priority NOTSET on Root Category");
+        }
+        return priority;
+    } catch (const std::invalid_argument& e) {
+        throw ConfigureFailure(std::string(e.what()) + " for category '" + category.name + "'");
+    }
+}
+
+log4cpp::Appender* findAppender(const std::string& name, const CategorySettings& category,
+                                const Appenders& appenders) {
+    const auto found = appenders.find(name);
+    if (found == appenders.end()) {
+        throw ConfigureFailure("Appender '" + name + "' not found for category '" + category.name + "'");
+    }
+    return found->second.get();
+}
+
+/// `value` is a priority and the names of appenders, with commas between them.
+CategorySettings readCategory(const std::string& name, const std::string& value, const Properties& properties,
+                              const Appenders& appenders) {
+    CategorySettings category;
+    category.name = name;
+    const auto additivity = properties.find("additivity." + name);
+    category.additive = additivity == properties.end() || additivity->second == "true";
+    std::istringstream words(value + ",");
+    std::string word;
+    std::getline(words, word, ',');
+    category.priority = priorityOf(trim(word), category);
+    while (std::getline(words, word, ',')) {
+        category.appenders.push_back(findAppender(trim(word), category, appenders));
+    }
+    return category;
+}
+
+std::vector<CategorySettings> readCategories(const Properties& properties, const Appenders& appenders) {
+    const auto root = properties.find(kRootCategory);
+    if (root == properties.end()) {
+        throw ConfigureFailure(std::string("Unable to find category: ") + kRootCategory);
+    }
+    std::vector<CategorySettings> categories{
+        readCategory(kRootCategory, root->second, properties, appenders)};
+    for (const auto& [name, value] : below("category.", properties)) {
+        categories.push_back(readCategory(name, value, properties, appenders));
+    }
+    return categories;
+}
+
+/// Appenders are in use until the process ends: categories hold no more than references.
+void keep(Appenders appenders) {
+    static std::vector<Appenders> inUse;
+    inUse.push_back(std::move(appenders));
+}
 
 } // namespace
 
-void configure(const std::string& initFileName, const std::map<std::string, std::string>& variables) {
+bool configure(const std::string& initFileName, const std::map<std::string, std::string>& variables,
+               const OpenLog& openLog) {
     std::ifstream file(initFileName);
     if (!file) {
-        throw log4cpp::ConfigureFailure("File " + initFileName + " does not exist");
+        throw ConfigureFailure("File " + initFileName + " does not exist");
     }
-    Properties properties = loadProperties(file, variables);
-    const std::vector<std::string> names = appenderNames(properties);
-    translateStderrAppenders(properties, names);
-    const auto patterns = takePatterns(properties, names);
-    const AppenderRollback rollback(names);
-    try {
-        runStockConfigurator(properties);
-        putInPatterns(patterns);
-    } catch (...) {
-        rollback.run();
-        throw;
+    const Properties properties = loadProperties(file, variables);
+    Appenders appenders;
+    bool usesOpenLog = false;
+    for (const AppenderProperties& definition : definedAppenders(properties)) {
+        appenders[definition.name] = makeAppender(definition, openLog);
+        usesOpenLog = usesOpenLog || writesTo(openLog, definition);
     }
+    for (const CategorySettings& category : readCategories(properties, appenders)) {
+        category.apply();
+    }
+    keep(std::move(appenders));
+    return usesOpenLog;
 }
 
 } // namespace log4cpp_additions

@@ -4,17 +4,13 @@
 #include "commons/errors/text_formatters.h"
 #include "commons/panel/product_paths.h"
 #include "commons/run/session_files.h"
-#include "lib/process/lib/identity.h"
+#include "commons/run/session_log_file.h"
 #include "log4cpp_additions/configure.h"
 
 #include <log4cpp/Category.hh>
 
 #include <cstdlib>
-#include <filesystem>
-#include <map>
-
-#include <sys/stat.h>
-#include <unistd.h>
+#include <string>
 
 namespace brask {
 
@@ -37,23 +33,17 @@ void attachCustomLog() {
     }
 }
 
-/// log4cpp makes a log file readable by everybody; this one is for root and the panel's group. Best effort:
-/// an ordinary user can't give a file away.
-void keepToPanelGroup(const std::string& logFile) {
-    [[maybe_unused]] const int ignored = chown(logFile.c_str(), static_cast<uid_t>(-1), groupId("bsaadm"));
-    chmod(logFile.c_str(), S_IRUSR | S_IWUSR | S_IRGRP);
-}
-
 void configureLog4cpp(bool debug) {
     requireThat(session != nullptr, "session != NULL");
     const char* customLog = getenv("CUSTOM_LOG");
-    const std::string logFile = session->getLogFile();
-    const bool isNewLog = !std::filesystem::exists(logFile);
-    log4cpp_additions::configure(
+    const std::string logFileName = session->getLogFile();
+    SessionLogFile logFile(logFileName);
+    const bool isUsed = log4cpp_additions::configure(
         getBmmConfigFile(),
-        {{"LOG_FILE_NAME", logFile}, {"CUSTOM_LOG_FILE_NAME", customLog == nullptr ? "" : customLog}});
-    if (isNewLog) {
-        keepToPanelGroup(logFile);
+        {{"LOG_FILE_NAME", logFileName}, {"CUSTOM_LOG_FILE_NAME", customLog == nullptr ? "" : customLog}},
+        {.fileName = logFileName, .descriptor = logFile.descriptor()});
+    if (isUsed) {
+        logFile.keep();
     }
     if (!debug) {
         log4cpp::Category& root = log4cpp::Category::getRoot();

@@ -40,9 +40,10 @@ public:
     /// Configures log4cpp, then attaches the debug log to the front end, whose level becomes 4 with `debug`
     /// and 3 without: `verbose` reaches no more than IsVerbose(), and not even that beside `debug`. The
     /// appender "A2" is taken off the root category unless `debug` is set, the appender "CUSTOMLOG" is put
-    /// there if CUSTOM_LOG is set. Raises log4cpp::ConfigureFailure for a file that is missing or broken,
-    /// Error<&AssertionFailed, ExDefault> without a session, and what getBmmConfigFile() raises; there is no
-    /// debug log then.
+    /// there if CUSTOM_LOG is set. The session's log file is made or found first, see SessionLogFile, and one
+    /// that was made for nothing vanishes. Raises what that raises, log4cpp::ConfigureFailure for a file that
+    /// is missing or broken, Error<&AssertionFailed, ExDefault> without a session, and what
+    /// getBmmConfigFile() raises; there is no debug log then.
     DebugLogLifetimeController(bool verbose, bool debug);
 
     DebugLogLifetimeController(const DebugLogLifetimeController&) = delete;

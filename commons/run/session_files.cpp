@@ -18,6 +18,10 @@ constexpr const char* kGroup = "bsaadm";
 
 SessionFiles* session = nullptr;
 
+void throwUnusableSession() {
+    BRASK_THROW(UnableToCreateSession, "Unable to create session directory");
+}
+
 SessionFiles::SessionFiles(const std::string& path) : path_(path) {
     const std::filesystem::path directory(path);
     if (!std::filesystem::exists(std::filesystem::status(directory))) {
@@ -26,7 +30,7 @@ SessionFiles::SessionFiles(const std::string& path) : path_(path) {
     // make_dir hides its failures: this is where they show, and where a file in place of a directory does.
     // The owner and the mode of a directory that was there already are its maker's business.
     if (!std::filesystem::is_directory(directory)) {
-        BRASK_THROW(UnableToCreateSession, "Unable to create session directory");
+        throwUnusableSession();
     }
 }
 

@@ -11,6 +11,9 @@ namespace brask {
 
 BRASK_ERROR_TAG(UnableToCreateSession, "Unable to create session: {}")
 
+/// For a session directory, or what must be in it, that can't be used as it is.
+[[noreturn]] void throwUnusableSession();
+
 class SessionFiles {
 public:
     /// Takes the directory `path` as it is, or makes it and its missing parents with owner root, the group

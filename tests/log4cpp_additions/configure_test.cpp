@@ -1,4 +1,5 @@
 #include "log4cpp_additions/configure.h"
+#include "tests/support/private_mount.h"
 #include "tests/support/scoped_env.h"
 #include "tests/support/temp_dir.h"
 
@@ -6,42 +7,62 @@
 #include <log4cpp/Category.hh>
 #include <log4cpp/Configurator.hh>
 
-#include <regex>
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace {
+
+using log4cpp_additions::OpenLog;
+namespace fs = std::filesystem;
 
 class Configure : public testing::Test {
 protected:
     void TearDown() override { log4cpp::Category::shutdown(); }
 
-    /// "${DIR}" in the text is the test's folder. Each "F" is a new appender's name: log4cpp never frees an
-    /// appender whose name another one takes over.
-    void configure(const std::string& text, std::map<std::string, std::string> variables = {}) const {
-        static int number = 0;
-        const std::string own =
-            std::regex_replace(text, std::regex("\\bF\\b"), "F" + std::to_string(++number));
+    /// "${DIR}" in the text is the test's folder.
+    bool configure(const std::string& text, std::map<std::string, std::string> variables = {},
+                   const OpenLog& openLog = {.fileName = "", .descriptor = -1}) const {
         variables["DIR"] = dir.path();
-        log4cpp_additions::configure(dir.write("log4cpp.properties", own), variables);
+        return log4cpp_additions::configure(dir.write("log4cpp.properties", text), variables, openLog);
     }
 
     test_support::TempDir dir;
 };
 
-TEST_F(Configure, StockAppendersWorkBesideTheStandardErrorOne) {
-    configure("rootCategory=DEBUG, F, O, S\r\nappender.O=ConsoleAppender\r\nappender.O.layout=BasicLayout\r\n"
-              "appender.S=org.apache.log4j.StderrAppender\r\nappender.S.threshold=WARN\r\n"
-              "appender.S.layout=org.apache.log4j.PatternLayout\r\n"
-              "appender.S.layout.ConversionPattern=%C%m%n # coloured\r\n"
-              "appender.F=RollingFileAppender\r\nappender.F.fileName=${DIR}/f.log\r\n"
-              "appender.F.maxFileSize=20\r\nappender.F.layout=SimpleLayout\r\n");
+TEST_F(Configure, EveryTypeWorksAndNobodyElseReadsTheFiles) {
+    const std::string text =
+        "rootCategory=DEBUG, F, O, S, D\r\nappender.O=ConsoleAppender\r\nappender.O.layout=BasicLayout\r\n"
+        "appender.S=org.apache.log4j.StderrAppender\r\nappender.S.threshold=WARN\r\n"
+        "appender.S.layout=org.apache.log4j.PatternLayout\r\n"
+        "appender.S.layout.ConversionPattern=%C%m%n # coloured\r\n"
+        "appender.F=RollingFileAppender\r\nappender.F.fileName=${DIR}/f.log\r\n"
+        "appender.F.maxFileSize=20\r\nappender.F.layout=SimpleLayout\r\n"
+        "category.any.not=ERROR,N\nadditivity.any.not=false\nappender.N=FileAppender\n"
+        "appender.N.fileName=${DIR}/n.log\nappender.N.append=false\nappender.N.layout=PatternLayout\n"
+        "appender.D=DailyRollingFileAppender\nappender.D.fileName=${DIR}/"
+        "d.log\nappender.D.layout=SimpleLayout\n";
+    dir.write("n.log", "old");
+    fs::permissions(dir.path("n.log"), fs::perms(0600));
+    const mode_t before = umask(0);
+    configure(text);
     testing::internal::CaptureStderr();
     testing::internal::CaptureStdout();
     log4cpp::Category::getInstance("any").info("first, long line");
     log4cpp::Category::getInstance("any").warn("seen");
+    log4cpp::Category::getInstance("any.not").error("only there");
+    umask(before);
     EXPECT_TRUE(testing::internal::GetCapturedStdout().ends_with(" WARN any : seen\n"));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "\x1b[33mseen\n\x1b[0;39m");
-    EXPECT_EQ(test_support::readFile(dir.path("f.log")), "WARN    : seen\n");
-    EXPECT_EQ(test_support::readFile(dir.path("f.log.1")), "INFO    : first, long line\n");
+    const std::tuple<const char*, std::string, fs::perms> files[] = {
+        {"f.log", "WARN    : seen\n", fs::perms(0640)},
+        {"f.log.1", "INFO    : first, long line\n", fs::perms(0640)},
+        {"d.log", "INFO    : first, long line\nWARN    : seen\n", fs::perms(0640)},
+        {"n.log", "only there\n", fs::perms(0600)},
+    };
+    for (const auto& [name, content, mode] : files) {
+        EXPECT_EQ(test_support::readFile(dir.path(name)), content) << name;
+        EXPECT_EQ(fs::status(dir.path(name)).permissions(), mode) << name;
+    }
 }
 
 /// A file appender to which only its pattern is missing.
@@ -52,24 +73,77 @@ TEST_F(Configure, VariablesWinOverTheFileAndTheFileOverTheEnvironmentAndHoldAnyT
     const test_support::ScopedEnv inBoth("IN_BOTH", "environment");
     const test_support::ScopedEnv inOne("IN_ONE", "environment");
     const std::string pattern = "${IN_BOTH} ${IN_ONE} [${NONE}] ${NAME}${${}a} ${open\n";
+    const std::string below =
+        "DIR=/none\nlog4j.IN_BOTH=${LOWER}+${IN_ONE}\nLOWER=file\nIN_ONE=own ${IN_ONE}\n";
     for (const std::string name : {"a#b", "${DIR}", "${", " \nrootCategory=ERROR\t", "\xff\x01 \\"}) {
-        configure("DIR=/none\nlog4j.IN_BOTH=file\n" + kFile + pattern, {{"NAME", name}});
+        configure(kFile + pattern + below, {{"NAME", name}});
         log4cpp::Category::getRoot().info("m");
-        EXPECT_EQ(test_support::readFile(dir.path(name)), "file environment [] " + name + "${a} ${open");
+        EXPECT_EQ(test_support::readFile(dir.path(name)),
+                  "file+own environment own environment [] " + name + "${a} ${open");
     }
 }
 
-TEST_F(Configure, ABrokenFileRaisesAndLeavesNoAppenderBehind) {
-    const std::string cases[] = {
-        "",
-        "log4j.rootCategory=LOUD,F\n" + kFile + "%m\n",
-        kFile + "%m\nappender.Z=NoSuchAppender\n",
-        kFile + "%C%q\n",
+TEST_F(Configure, NeedsNoProcFileSystem) {
+    const auto outcome = test_support::withMountAt("/proc", "", [&] {
+        configure(kFile + "%m\n", {{"NAME", "f.log"}});
+        log4cpp::Category::getRoot().info("m");
+    });
+    if (!outcome) {
+        GTEST_SKIP() << "only root can mount a file system";
+    }
+    EXPECT_EQ(outcome->err + test_support::readFile(dir.path("f.log")), "m");
+}
+
+TEST_F(Configure, ABrokenFileRaisesAndLeavesTheCategoriesAsTheyWere) {
+    std::string growing = "z=z\n";
+    for (char c = 'a'; c < 'z'; ++c) {
+        const std::string next = std::string("${") + static_cast<char>(c + 1) + "}";
+        growing += c + ("=" + next + next + "\n");
+    }
+    const std::string console = "rootCategory=INFO,C\nappender.C=ConsoleAppender\n";
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "Unable to find category: rootCategory"},
+        {"rootCategory=\n", "cannot set priority NOTSET on Root Category for category 'rootCategory'"},
+        {"rootCategory=INFO,Z\n" + kFile, "Appender 'Z' not found for category 'rootCategory'"},
+        {kFile + "%m\ncategory.x=LOUD,F\n", "unknown priority name: 'LOUD' for category 'x'"},
+        {kFile + "%m\nappender.Z=NoSuchAppender\n", "Appender 'Z' has unknown type 'NoSuchAppender'"},
+        {kFile + "%m\nappender.Z.fileName=z\n", "partial appender definition : appender.Z.fileName"},
+        {kFile + "%m\nappender.F.threshold=LOUD\n",
+         "unknown priority name: 'LOUD' for threshold of appender 'F'"},
+        {kFile + "%C%q\n", "unknown conversion specifier 'q'"},
+        {console, "Missing layout property for appender 'C'"},
+        {console + "appender.C.layout=a.b\n", "Unknown layout type 'b' for appender 'C'"},
+        {console + "appender.C.target=x\n", "Appender 'C' has invalid target 'x'"},
+        {growing, "Value too long: ${"},
     };
-    for (const std::string& text : cases) {
-        EXPECT_THROW(configure(text, {{"NAME", "f.log"}}), log4cpp::ConfigureFailure) << text;
+    for (const auto& [text, message] : cases) {
+        try {
+            configure(text, {{"NAME", "f.log"}});
+            ADD_FAILURE() << message;
+        } catch (const log4cpp::ConfigureFailure& e) {
+            EXPECT_TRUE(std::string(e.what()).starts_with(message)) << e.what();
+        }
         EXPECT_TRUE(log4cpp::Category::getRoot().getAllAppenders().empty()) << text;
     }
+}
+
+TEST_F(Configure, AnOpenLogIsNeverOpenedByItsName) {
+    const std::string log = dir.path("log");
+    const std::string text =
+        "rootCategory=INFO,F\nappender.F.fileName=${LOG}\nappender.F.layout=SimpleLayout\n"
+        "appender.F.append=false\nappender.F.maxFileSize=1\nappender.F.maxBackupIndex=0\n";
+    for (const std::string type : {"FileAppender", "RollingFileAppender"}) {
+        const int fd = open(dir.write("log", "old").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+        fs::rename(log, dir.path("moved"));
+        fs::create_symlink("target", log);
+        EXPECT_TRUE(configure(text + "appender.F=" + type, {{"LOG", log}}, {log, fd}));
+        close(fd);
+        log4cpp::Category::getRoot().info("m");
+        EXPECT_EQ(test_support::readFile(dir.path("moved")), "INFO    : m\n") << type;
+        EXPECT_FALSE(fs::exists(dir.path("target"))) << type;
+        fs::remove(log);
+    }
+    EXPECT_FALSE(configure(kFile + "%m%n\n", {{"NAME", "other"}}, {log, -1}));
 }
 
 } // namespace
