@@ -2,7 +2,7 @@
 
 // Moving bytes between a child's pipes and the callbacks. Internal to spawn.
 
-#include "lib/process/lib/spawn.h"
+#include "lib/process/lib/child_options.h"
 
 #include <cstddef>
 

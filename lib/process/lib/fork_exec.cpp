@@ -1,7 +1,9 @@
+#include "lib/process/lib/fork_exec.h"
+
 #include "commons/errors/system_error.h"
+#include "lib/process/lib/closefrom.h"
 #include "lib/process/lib/identity.h"
 #include "lib/process/lib/sigpipe_guard.h"
-#include "lib/process/lib/spawn.h"
 #include "lib/runtime/low_level_log.h"
 
 #include <cerrno>
@@ -61,7 +63,7 @@ pid_t forkExecvPipes(int stdinFd, int stdoutFd, int stderrFd, const std::string&
     if (pid != 0) {
         return pid;
     }
-    // The child. What throws from here on unwinds the caller's stack in this process: see the header.
+    // The child. What throws from here on unwinds the caller's stack in this process: see spawn.h.
     unblockGuardedSigpipe();
     dup2Custom(stdinFd, STDIN_FILENO);
     dup2Custom(stdoutFd, STDOUT_FILENO);

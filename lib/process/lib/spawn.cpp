@@ -1,13 +1,11 @@
 #include "lib/process/lib/spawn.h"
 
 #include "commons/errors/system_error.h"
-#include "lib/process/lib/child_io.h"
+#include "lib/process/lib/exchange.h"
 #include "lib/runtime/low_level_log.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
-#include <exception>
 
 #include <fcntl.h>
 #include <sys/select.h>
@@ -38,95 +36,17 @@ void setNonBlocking(int fd) {
     }
 }
 
-void closeStream(int& fd) {
-    close(fd);
-    fd = -1;
+/// Writing beyond the end of an fd_set is the end of the process at best.
+void checkReachOfSelect(const Pipe& input, const Pipe& output, const Pipe& error) {
+    if (std::max({input.writeEnd, output.readEnd, error.readEnd}) < FD_SETSIZE) {
+        return;
+    }
+    for (const Pipe& pipe : {input, output, error}) {
+        close(pipe.readEnd);
+        close(pipe.writeEnd);
+    }
+    throwSystemError("forkExecvGetOutErr: descriptors too high for select()", EMFILE);
 }
-
-/// The caller's side of the talk with a child: the three streams, their callbacks and their buffers.
-class Exchange {
-public:
-    Exchange(InputCallback* inputCallback, OutputCallback* outputCallback, OutputCallback* errorCallback,
-             void* context, size_t inputBufferSize, size_t outputBufferSize, size_t errorBufferSize)
-        : inputCallback(inputCallback), outputCallback(outputCallback), errorCallback(errorCallback),
-          context(context), inputBuffer(inputBufferSize), outputBuffer(outputBufferSize),
-          errorBuffer(errorBufferSize) {}
-
-    /// Takes the parent-side descriptors over.
-    void attach(int input, int output, int error) {
-        inputFd = input;
-        outputFd = output;
-        errorFd = error;
-        selectWidth = std::max({input, output, error}) + 1;
-    }
-
-    /// Moves bytes until all streams are closed, or until something fails: the child then gets SIGTERM, and
-    /// the failure is returned.
-    std::exception_ptr run(pid_t child) {
-        while ((inputFd & outputFd & errorFd) != -1) {
-            try {
-                round();
-            } catch (...) {
-                kill(child, SIGTERM);
-                std::exception_ptr failure = std::current_exception();
-                closeStream(inputFd);
-                closeStream(outputFd);
-                closeStream(errorFd);
-                return failure;
-            }
-        }
-        return nullptr;
-    }
-
-private:
-    void round() {
-        fd_set readable;
-        fd_set writable;
-        FD_ZERO(&readable);
-        FD_ZERO(&writable);
-        watch(inputFd, writable);
-        watch(outputFd, readable);
-        watch(errorFd, readable);
-        // After EINTR the sets are as they were passed in. Taking all streams for ready does no harm, as none
-        // of them blocks.
-        if (select(selectWidth, &readable, &writable, nullptr, nullptr) == -1 && errno != EINTR) {
-            throwSystemError("forkExecvGetOutErr: select() failed", errno);
-        }
-        if (isReady(inputFd, writable) && !writeFromCallback(inputFd, inputBuffer.data(), inputBuffer.size(),
-                                                             pendingBytes, inputCallback, context)) {
-            closeStream(inputFd);
-        }
-        drain(outputFd, readable, outputCallback, outputBuffer);
-        drain(errorFd, readable, errorCallback, errorBuffer);
-    }
-
-    void drain(int& fd, const fd_set& readable, OutputCallback* callback, std::vector<char>& buffer) const {
-        if (isReady(fd, readable) && !readToCallback(fd, callback, context, buffer.data(), buffer.size())) {
-            closeStream(fd);
-        }
-    }
-
-    static void watch(int fd, fd_set& set) {
-        if (fd != -1) {
-            FD_SET(fd, &set);
-        }
-    }
-
-    static bool isReady(int fd, const fd_set& set) { return fd > 0 && FD_ISSET(fd, &set); }
-
-    InputCallback* inputCallback;
-    OutputCallback* outputCallback;
-    OutputCallback* errorCallback;
-    void* context;
-    std::vector<char> inputBuffer;
-    std::vector<char> outputBuffer;
-    std::vector<char> errorBuffer;
-    size_t pendingBytes = 0;
-    int inputFd = -1;
-    int outputFd = -1;
-    int errorFd = -1;
-    int selectWidth = 0;
-};
 
 /// The child's exit code, or -1 when it didn't exit normally or can't be waited for.
 int waitForExit(pid_t child) {
@@ -139,26 +59,51 @@ int waitForExit(pid_t child) {
     return waited > 0 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+struct StringIoContext {
+    const std::string* input;
+    size_t inputOffset;
+    std::string* output;
+    std::string* error;
+};
+
+size_t takeInput(char* buffer, size_t capacity, void* context) {
+    auto& io = *static_cast<StringIoContext*>(context);
+    const size_t length = io.input->copy(buffer, capacity, io.inputOffset);
+    io.inputOffset += length;
+    return length;
+}
+
+void appendOutput(const char* data, size_t length, void* context) {
+    static_cast<StringIoContext*>(context)->output->append(data, length);
+}
+
+void appendError(const char* data, size_t length, void* context) {
+    static_cast<StringIoContext*>(context)->error->append(data, length);
+}
+
+/// An argument vector that points to `args`, with its null entry.
+std::vector<char*> pointersTo(std::vector<std::string>& args) {
+    std::vector<char*> argv(args.size() + 1);
+    std::transform(args.begin(), args.end(), argv.begin(), [](std::string& arg) { return arg.data(); });
+    return argv;
+}
+
 } // namespace
 
-int forkExecvGetOutErr(InputCallback* inputCallback, OutputCallback* outputCallback,
-                       OutputCallback* errorCallback, const std::string& path, const std::vector<char*>& argv,
-                       const std::string& user, bool chdirToHome,
-                       const std::map<std::string, std::string>& env, void* context, size_t inputBufferSize,
-                       size_t outputBufferSize, size_t errorBufferSize) {
+int runChild(const ChildOptions& options) {
     // The buffers come first: running out of memory for them later would leave a child behind.
-    Exchange exchange(inputCallback, outputCallback, errorCallback, context, inputBufferSize,
-                      outputBufferSize, errorBufferSize);
+    Exchange exchange(options);
     const Pipe input = makePipe();
     const Pipe output = makePipe();
     const Pipe error = makePipe();
+    checkReachOfSelect(input, output, error);
     setNonBlocking(input.writeEnd);
     setNonBlocking(output.readEnd);
     setNonBlocking(error.readEnd);
     exchange.attach(input.writeEnd, output.readEnd, error.readEnd);
 
-    const pid_t child =
-        forkExecvPipes(input.readEnd, output.writeEnd, error.writeEnd, path, argv, user, chdirToHome, env);
+    const pid_t child = forkExecvPipes(input.readEnd, output.writeEnd, error.writeEnd, options.path,
+                                       options.argv, options.user, options.chdirToHome, options.env);
     close(input.readEnd);
     close(output.writeEnd);
     close(error.writeEnd);
@@ -169,6 +114,72 @@ int forkExecvGetOutErr(InputCallback* inputCallback, OutputCallback* outputCallb
         std::rethrow_exception(failure);
     }
     return result;
+}
+
+int forkExecvGetOutErr(InputCallback* inputCallback, OutputCallback* outputCallback,
+                       OutputCallback* errorCallback, const std::string& path, const std::vector<char*>& argv,
+                       const std::string& user, bool chdirToHome,
+                       const std::map<std::string, std::string>& env, void* context, size_t inputBufferSize,
+                       size_t outputBufferSize, size_t errorBufferSize) {
+    return runChild({.path = path,
+                     .argv = argv,
+                     .user = user,
+                     .chdirToHome = chdirToHome,
+                     .env = env,
+                     .input = inputCallback,
+                     .output = outputCallback,
+                     .error = errorCallback,
+                     .context = context,
+                     .inputBufferSize = inputBufferSize,
+                     .outputBufferSize = outputBufferSize,
+                     .errorBufferSize = errorBufferSize});
+}
+
+int forkExecvGetOutErr(const std::string& input, std::string& output, std::string& error,
+                       const std::string& path, const std::vector<char*>& argv, const std::string& user,
+                       bool chdirToHome, const std::map<std::string, std::string>& env) {
+    StringIoContext context{&input, 0, &output, &error};
+    return runChild({.path = path,
+                     .argv = argv,
+                     .user = user,
+                     .chdirToHome = chdirToHome,
+                     .env = env,
+                     .input = takeInput,
+                     .output = appendOutput,
+                     .error = appendError,
+                     .context = &context});
+}
+
+int forkExecvGetOutErr(std::string& output, std::string& error, const std::string& path,
+                       const std::vector<char*>& argv, const std::string& user, bool chdirToHome,
+                       const std::map<std::string, std::string>& env) {
+    return forkExecvGetOutErr({}, output, error, path, argv, user, chdirToHome, env);
+}
+
+int forkExecvGetOutErr(std::string& output, std::string& error, const std::string& path,
+                       const std::vector<char*>& argv, const std::string& user, bool chdirToHome) {
+    return forkExecvGetOutErr(output, error, path, argv, user, chdirToHome, {});
+}
+
+int forkExecvGetOutErr(std::string& output, std::string& error, const std::string& path,
+                       const std::vector<char*>& argv) {
+    return forkExecvGetOutErr(output, error, path, argv, {}, true);
+}
+
+int forkExecvGetOutErr(std::string& output, const std::string& path, const std::vector<char*>& argv) {
+    std::string error;
+    return forkExecvGetOutErr(output, error, path, argv);
+}
+
+int forkExecvGetOutErr(std::string& output, std::string& error, const std::vector<std::string>& args,
+                       const std::string& user, bool chdirToHome,
+                       const std::map<std::string, std::string>& env) {
+    std::vector<std::string> copies(args);
+    return forkExecvGetOutErr({}, output, error, args.at(0), pointersTo(copies), user, chdirToHome, env);
+}
+
+int forkExecvGetOutErr(std::string& output, std::string& error, const std::vector<std::string>& args) {
+    return forkExecvGetOutErr(output, error, args, {}, false, {});
 }
 
 } // namespace brask

@@ -1,4 +1,5 @@
 #include "lib/process/lib/ExecCmd.h"
+#include "tests/support/program.h"
 #include "tests/support/thrown_text.h"
 
 #include <gmock/gmock.h>
@@ -18,6 +19,34 @@ TEST(ExecCmd, RunTellsAllThatIsKnownOfAFailure) {
               "Execution of sh -c cat\\;\\ echo\\ \\$1\\ \\>\\&2\\;\\ exit\\ 2 '' a\\ b failed with return "
               "code 2.\nStdin is\nin\nStdout is\nin\nStderr is\na b\n" +
                   last);
+}
+
+TEST(ExecCmd, AFailureIsKnownByItsPlace) {
+    struct Place : ExInfoVisitor {
+        void OnName(const std::string& tagName) override { text += tagName; }
+
+        void OnMessage(const std::string&) override {}
+
+        void OnFunction(const std::string& function) override { text += function + "|"; }
+
+        void OnFile(const std::string& file) override { text += file + "|"; }
+
+        void OnLine(int line) override { text += std::to_string(line) + "|"; }
+
+        void OnInner() override {}
+
+        void OnSeverity(int) override {}
+
+        std::string text;
+    } place;
+
+    try {
+        ExecCmd("false").run();
+    } catch (const ExecCmd::ExFailed& e) {
+        e.Accept(place);
+    }
+    EXPECT_EQ(place.text,
+              "void brask::ExecCmd::reportError() const|lib/process/lib/ExecCmd|76|ExecCmd::ExFailed");
 }
 
 TEST(ExecCmd, ExceptionsPassRunAndStopAtExec) {
@@ -40,15 +69,20 @@ TEST(ExecCmd, AMissingProgramIsStatusOneWithTheReason) {
     EXPECT_THAT(cmd.stdoutData, testing::EndsWith(cmd.stderrData));
 }
 
-TEST(ShellEscape, EveryByteIsWrittenAsItsMarkSays) {
-    const std::string escaped = "\t \"#$&'()*;<>?[\\`|~";
+TEST(ShellEscape, MarksWhatAShellWouldTakeForItsOwnAndLeavesTheRest) {
+    const std::string letters = "Az09!%+,-./:=@]^_{}\r\x7F\xC3\xA4";
+    EXPECT_EQ(escapeForShell(letters), letters);
+    EXPECT_EQ(escapeForShell("\t \"#$&'()*;<>?[\\`|~\n"),
+              "\\\t\\ \\\"\\#\\$\\&\\'\\(\\)\\*\\;\\<\\>\\?\\[\\\\\\`\\|\\~'\n'");
+    std::string all;
     for (int byte = 1; byte < 256; ++byte) {
-        const std::string text(1, static_cast<char>(byte));
-        const bool isEscaped = escaped.find(text) != std::string::npos;
-        EXPECT_EQ(escapeForShell(text), byte == '\n' ? "'\n'" : isEscaped ? "\\" + text : text) << byte;
-        EXPECT_EQ(isSafeWord(text.c_str()), byte != '\n' && !isEscaped) << byte;
+        all += static_cast<char>(byte);
+        EXPECT_EQ(isSafeWord(all.c_str() + byte - 1), escapeForShell(all.substr(byte - 1)).size() == 1)
+            << byte;
     }
-    EXPECT_EQ(shellQuote("it's a \"b\""), "'it'\\''s a \"b\"'");
+    for (const std::string& word : {escapeForShell(all), shellQuote(all)}) {
+        EXPECT_EQ(test_support::runProgram({"/bin/sh", "-c", "printf %s x" + word}).out, "x" + all);
+    }
 }
 
 } // namespace

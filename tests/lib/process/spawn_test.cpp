@@ -1,3 +1,4 @@
+#include "commons/errors/system_error.h"
 #include "lib/process/lib/spawn.h"
 #include "lib/process/lib/strict_number.h"
 #include "tests/support/child.h"
@@ -6,7 +7,9 @@
 
 #include <algorithm>
 
+#include <signal.h>
 #include <sys/resource.h>
+#include <sys/time.h>
 
 namespace {
 
@@ -70,6 +73,19 @@ TEST_F(Spawn, GivesTheExitCodeOrMinusOneAndAddsToTheOutput) {
     }
 }
 
+TEST_F(Spawn, SignalsThatInterruptTheTalkOrTheWaitChangeNothing) {
+    const auto caller = test_support::inChild([this] {
+        struct sigaction interrupting {};
+        interrupting.sa_handler = [](int) {};
+        sigaction(SIGALRM, &interrupting, nullptr);
+        const itimerval often{{0, 10'000}, {0, 10'000}};
+        setitimer(ITIMER_REAL, &often, nullptr);
+        printf("%d ", run("sleep 0.1; echo said; exec >&- 2>&-; sleep 0.1; exit 7", "", {}));
+        printf("%s", output.c_str());
+    });
+    EXPECT_EQ(caller.out + caller.err, "7 said\n");
+}
+
 TEST_F(Spawn, ACallbackThatThrowsEndsTheChildBeforeItsExceptionGoesOn) {
     std::string script = "echo line; exec sleep 600";
     InputCallback* const noInput = [](char*, size_t, void*) -> size_t { return 0; };
@@ -87,6 +103,29 @@ TEST_F(Spawn, AnExceptionInTheChildGoesOnInTheChild) {
         printf("%s", error.c_str()); // not done by the child, whose exception goes past it
     });
     EXPECT_EQ(caller.out, "forkExecvPipes: setenv() falied: Invalid argument");
+}
+
+TEST_F(Spawn, TooManyDescriptorsForSelectAreAnErrorWithoutAChild) {
+    const auto caller = test_support::inChild([this] {
+        const rlimit limit{2048, 2048};
+        setrlimit(RLIMIT_NOFILE, &limit);
+        while (dup(STDOUT_FILENO) < FD_SETSIZE - 6) {
+        }
+        printf("%d\n", run("true", "", {})); // the last pipe is read at FD_SETSIZE - 1
+        int last = dup(STDOUT_FILENO);
+        const int expected = last + 6;
+        try {
+            run("true", "", {});
+        } catch (const SystemError& e) {
+            printf("%s", e.what());
+        }
+        for (int i = 0; i < 6; ++i) {
+            last = dup(STDOUT_FILENO);
+        }
+        printf("; %d leaked, a child: %d", last - expected, waitpid(-1, nullptr, 0) != -1);
+    });
+    EXPECT_EQ(caller.out, "0\nforkExecvGetOutErr: descriptors too high for select(): Too many open files; "
+                          "0 leaked, a child: 0");
 }
 
 TEST_F(Spawn, TheChildInheritsNoDescriptorAboveTwo) {
@@ -107,7 +146,8 @@ TEST_F(Spawn, TheChildInheritsNoDescriptorAboveTwo) {
 }
 
 TEST(StrictNumber, TakesOnlyCanonicalNumbers) {
-    EXPECT_EQ(parseStrictNumber("0") + parseStrictNumber("2147483647"), 2147483647);
+    EXPECT_EQ(parseStrictNumber("0"), 0);
+    EXPECT_EQ(parseStrictNumber("2147483647"), 2147483647);
     for (const char* text : {"2147483648", "01", "", "-1", "+1", " 1", "1 ", "12a", "99999999999999999999"}) {
         EXPECT_EQ(parseStrictNumber(text), -1) << text;
     }
