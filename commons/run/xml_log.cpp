@@ -34,6 +34,13 @@ void rotate(const std::string& path) {
     std::filesystem::rename(path, kept);
 }
 
+/// Whether `text` between single quotes is an XPath literal.
+bool isLiteral(const std::string& text) {
+    return std::none_of(text.begin(), text.end(), [](unsigned char c) {
+        return c == '\'' || (c < 0x20 && c != '\t' && c != '\n' && c != '\r');
+    });
+}
+
 /// The objects from the outermost down to `node`.
 void appendObjects(const XmlNode& node, ObjectList& objects) {
     if (!tXmlBmmDocument::nodeNameIs(node.node_->name, kObject)) {
@@ -107,12 +114,21 @@ void XmlLog::AddMessage(const IExTraceable& ex, const ObjectList& objects) {
 void XmlLog::AddMessage(int severity, const IExTraceable& ex, const ObjectList& objects) {
     xmlNode* node = root_;
     for (const auto& [name, type] : objects) {
-        const tXPathExpr found(doc_.get(), node,
-                               fmtlib::format("object[@name='{}' and @type='{}']", name, type));
-        node =
-            xmlXPathCastToBoolean(found.getResult()) != 0 ? found.getNode() : addObjectAt(node, name, type);
+        xmlNode* const found = findObject(node, name, type);
+        node = found != nullptr ? found : addObjectAt(node, name, type);
     }
     addMessageAt(node, severity, ex);
+}
+
+xmlNode* XmlLog::findObject(xmlNode* parent, const std::string& name, const std::string& type) const {
+    if (isLiteral(name) && isLiteral(type)) {
+        const auto found = firstObjects.find(std::tie(parent, name, type));
+        return found != firstObjects.end() ? found->second : nullptr;
+    }
+    // As part of an expression such a name makes it fail, which callers know, or gives it another meaning.
+    const tXPathExpr found(doc_.get(), parent,
+                           fmtlib::format("object[@name='{}' and @type='{}']", name, type));
+    return xmlXPathCastToBoolean(found.getResult()) != 0 ? found.getNode() : nullptr;
 }
 
 void XmlLog::addMessageAt(xmlNode* node, int severity, const IExTraceable& ex) {
@@ -133,7 +149,22 @@ xmlNode* XmlLog::addObjectAt(xmlNode* node, const std::string& name, const std::
     xmlNode* const object = addChild(node, kObject);
     setAttribute(object, "name", name);
     setAttribute(object, "type", type);
+    firstObjects.try_emplace(placeOf(object), object);
     return object;
+}
+
+void XmlLog::removeObject(xmlNode* object) {
+    // None that came later becomes the first: as long as this one was, look-ups found it and made no other.
+    const auto first = firstObjects.find(placeOf(object));
+    if (first != firstObjects.end() && first->second == object) {
+        firstObjects.erase(first);
+    }
+    xmlUnlinkNode(object);
+    xmlFreeNode(object);
+}
+
+XmlLog::Place XmlLog::placeOf(xmlNode* object) {
+    return {object->parent, getAttributeOrEmpty(object, "name"), getAttributeOrEmpty(object, "type")};
 }
 
 void XmlLog::RemoveEmptyObject() {
@@ -144,8 +175,7 @@ void XmlLog::RemoveEmptyObject() {
         getXmlChild(current.node_, "message") != nullptr || getXmlChild(current.node_, kObject) != nullptr;
     const XmlNode parent = current.getParent();
     if (!filled) {
-        xmlUnlinkNode(current.node_);
-        xmlFreeNode(current.node_);
+        removeObject(current.node_);
     }
     current = parent;
 }

@@ -22,7 +22,10 @@
 #include "commons/xml/xml_document.h"
 #include "commons/xml/xml_node.h"
 
+#include <functional>
+#include <map>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -30,8 +33,9 @@ namespace brask {
 
 /// Collects the run's messages in memory; the destructor writes them to the disk, all at once.
 ///
-/// Names and types of objects stand in XPath expressions unescaped: one with a quote makes the operations
-/// that look an object up raise tError_XPath_CantEvaluate.
+/// Looking an object up by name and type takes no longer for the messages beside it. It goes by the objects
+/// that came and went through the operations of Log: nobody else may add or remove any. Names and types stand
+/// for XPath literals, unescaped: one with a quote makes a look-up raise tError_XPath_CantEvaluate.
 class XmlLog final : public Log, public tXmlBmmDocument {
 public:
     /// A log for the file `fileName` of the session directory, "migration.result" if it is empty. A file that
@@ -64,14 +68,22 @@ public:
     ObjectList GetObjects() const override;
 
 private:
+    /// The parent of an object, and the object's name and type.
+    using Place = std::tuple<const xmlNode*, std::string, std::string>;
+
+    static Place placeOf(xmlNode* object);
     void addMessageAt(xmlNode* node, int severity, const IExTraceable& ex);
+    xmlNode* findObject(xmlNode* parent, const std::string& name, const std::string& type) const;
     xmlNode* addObjectAt(xmlNode* node, const std::string& name, const std::string& type);
+    void removeObject(xmlNode* object);
     void write();
 
     std::string status; // a word of the table
     std::string path;
     std::vector<std::pair<int, std::string>> statusTable;
     XmlNode current;
+    /// Of each parent, the first child in document order with each name and type.
+    std::map<Place, xmlNode*, std::less<>> firstObjects;
 };
 
 /// Makes the execution log of this process and attaches it to the log's front end. To be called once.

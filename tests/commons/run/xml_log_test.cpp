@@ -1,7 +1,9 @@
 #include "commons/files/file_utils.h"
 #include "commons/run/xml_log.h"
 #include "commons/session.h"
+#include "commons/xml/xpath_expr.h"
 #include "tests/commons/library_test.h"
+#include "tests/support/xml_errors.h"
 
 #include <regex>
 #include <sstream>
@@ -52,6 +54,26 @@ TEST_F(ExecutionLog, MessagesBelongToTheirObjectsAndInnerOnesToTheirOuter) {
         R"(</object><message code="AssertionFailed" severity="warning"><description>Assertion failed: a)"
         R"(</description><message code="NoParentNode" severity="error"><description>No parent node on )"
         R"(requested XML element</description></message></message>)");
+}
+
+TEST_F(ExecutionLog, AnObjectIsTheFirstOfItsNameAndTypeThatIsLeft) {
+    const ObjectList path{{"o", "Domain"}};
+    xml.AddObject("o", "Domain");
+    xml.RemoveEmptyObject();
+    xml.AddMessage(40, Plain("", "1"), path);
+    xml.AddObject("o", "Domain");
+    xml.AddMessage(40, Plain("", "2"));
+    xml.RemoveEmptyObject();
+    xml.AddObject("o", "Domain");
+    xml.RemoveEmptyObject();
+    xml.AddMessage(40, Plain("", "3"), path);
+    xml.AddMessage(40, Plain("", "4"), {{"o", "Domain"}, {"o", "Domain"}});
+    expectContent(R"(<object name="o" type="Domain">{error:1}{error:3}<object name="o" type="Domain">)"
+                  R"({error:4}</object></object><object name="o" type="Domain">{error:2}</object>)");
+    const XmlErrors quiet;
+    for (const std::string name : {"it's", "\x01"}) {
+        EXPECT_THROW(xml.AddMessage(Plain("", ""), {{name, ""}}), Error<&tError_XPath_CantEvaluate>);
+    }
 }
 
 TEST_F(ExecutionLog, MergesAnotherResultFile) {
