@@ -1,10 +1,12 @@
 # Every third-party library is a Debian package (scripts/setup names them); nothing is downloaded.
+# Whoever adds this project to another links its libraries, and those name these.
+set(CMAKE_FIND_PACKAGE_TARGETS_GLOBAL ON)
 find_package(PkgConfig REQUIRED)
 find_package(OpenSSL 3 REQUIRED COMPONENTS Crypto)
 find_package(LibXml2 REQUIRED)
 find_package(Boost 1.74 REQUIRED COMPONENTS program_options)
 find_package(nlohmann_json 3 REQUIRED)
-pkg_check_modules(LOG4CPP REQUIRED IMPORTED_TARGET log4cpp)
+pkg_check_modules(LOG4CPP REQUIRED IMPORTED_TARGET GLOBAL log4cpp)
 
 # commons/format.h takes the standard library's <format> where the compiler has it, libfmt where it has not.
 include(CheckCXXSourceCompiles)
