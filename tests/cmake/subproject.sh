@@ -24,7 +24,7 @@ holds "$compiled" '-std=(gnu|c)\+\+20'
 holds "$compiled" "-I$repo( |$)"
 lacks "$compiled" "$ours"
 linked=$(flags consumer)
-holds "$linked" 'libbackup_sign_lib.a .*libcrypto.* .*libbrask_runtime.a'
+holds "$linked" 'libbackup_sign_lib.a .*libbrask_runtime.a'
 lacks "$linked" "$ours"
 holds "$(flags brask/lib/runtime/CMakeFiles/brask_runtime.dir/bsa_conf.cpp.o)" '-Wextra .*FORTIFY'
 
