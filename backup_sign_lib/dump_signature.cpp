@@ -6,8 +6,7 @@
 #include "backup_sign_lib/rsa_signature.h"
 #include "backup_sign_lib/sign_errors.h"
 #include "backup_sign_lib/signature_document.h"
-
-#include <libxml/xmlerror.h>
+#include "commons/xml/xml_error_handlers.h"
 
 #include <algorithm>
 #include <array>
@@ -26,14 +25,13 @@ constexpr std::streamoff kTailRange = 4096;
 constexpr std::string_view kMarker = "<Signature xmlns=";
 
 std::shared_ptr<SignatureData> parseSignature(const std::string& signature) {
+    // Who asks whether a signature is valid goes on when it is not.
+    const XmlErrorsReset reset;
     try {
         tXmlBmmDocument document(signature);
         document.initFileDoc("Signature");
         return parseSignXml(document);
     } catch (const Error<&tError_ParseFile>& e) {
-        // A failed parse leaves libxml2's messages going to a buffer that is no more, and who asks whether a
-        // signature is valid goes on.
-        xmlSetGenericErrorFunc(nullptr, nullptr);
         BRASK_THROW(VerifyError, formatMessage("Unable to parse the signature: {}", e.GetText()));
     }
 }

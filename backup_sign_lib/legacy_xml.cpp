@@ -2,6 +2,7 @@
 
 #include "backup_sign_lib/sign_errors.h"
 #include "commons/xml/xml_document.h"
+#include "commons/xml/xml_error_handlers.h"
 #include "commons/xml/xpath_expr.h"
 
 #include <array>
@@ -49,6 +50,7 @@ void copyFileOrStream(const std::string& input, const std::string& output) {
 }
 
 void unwrapEnvelope(const std::string& input, const std::string& output) {
+    const XmlErrorsReset reset; // What is logged of a failure goes through libxml2 again.
     tXmlBmmDocument document(input.c_str());
     document.initFileDoc(nullptr);
     const std::map<std::string, std::string> namespaces{{"n", kEnvelopeNamespace}};

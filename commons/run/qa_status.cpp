@@ -1,6 +1,7 @@
 #include "commons/run/qa_status.h"
 
 #include "commons/panel/product_paths.h"
+#include "commons/xml/xml_error_handlers.h"
 #include "commons/xml/xml_node.h"
 #include "commons/xml/xpath_expr.h"
 
@@ -15,6 +16,7 @@ QaStatus readQaStatus(const std::string& name) {
     if (!std::filesystem::exists(path)) {
         return {};
     }
+    const XmlErrorsReset reset;
     tXmlBmmDocument file(path.c_str());
     file.initFileDoc("log");
     const std::string filledIn = "util[@name = '" + name + "' and @severity != '' and @errcode != '']";

@@ -1,5 +1,6 @@
 #include "commons/xml/xml_document.h"
 
+#include "commons/xml/xml_error_handlers.h"
 #include "commons/xml/xml_error_text.h"
 
 #include <libxml/parser.h>
@@ -42,26 +43,6 @@ void parseInto(ttPtrWrapper<xmlDoc*, xmlFreeDoc>& holder, const char* name, Pars
     }
     xmlSetGenericErrorFunc(nullptr, nullptr);
 }
-
-void ignoreXmlError(void* /*context*/, const char* /*format*/, ...) {}
-
-/// Keeps libxml2 from writing to standard error while it lives, for calls whose failure is told by an
-/// exception.
-class QuietXmlErrors {
-public:
-    QuietXmlErrors() : handler(xmlGenericError), context(xmlGenericErrorContext) {
-        xmlSetGenericErrorFunc(nullptr, ignoreXmlError);
-    }
-
-    QuietXmlErrors(const QuietXmlErrors&) = delete;
-    QuietXmlErrors& operator=(const QuietXmlErrors&) = delete;
-
-    ~QuietXmlErrors() { xmlSetGenericErrorFunc(context, handler); }
-
-private:
-    xmlGenericErrorFunc handler;
-    void* context;
-};
 
 /// libxml2's name for standard input and output.
 bool isStandardStream(const char* filename) {

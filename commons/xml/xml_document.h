@@ -8,7 +8,7 @@
 // WARNING: a parse sends libxml2's generic error text into a buffer of its own. A parse that succeeds puts
 // libxml2's default handler back; a parse that fails does NOT, and its buffer is gone by then. Who goes on
 // after tError_ParseFile and may trigger a libxml2 error outside a further parse (a failing XPath expression,
-// say) calls xmlSetGenericErrorFunc(nullptr, nullptr) first.
+// say) holds an XmlErrorsReset (xml_error_handlers.h) round the parse.
 
 #include "commons/errors/shared_tags.h"
 #include "commons/xml/xml_ptr.h"

@@ -88,6 +88,8 @@ TEST_F(ExecutionLog, MergesAnotherResultFile) {
     expectContent("<object name=\"d\" type=\"Domain\"><object name=\"open\" type=\"Domain\"/>{error:e}"
                   "<object name=\"\" type=\"\">{info:i}</object></object>");
     EXPECT_THROW(AddResultFile(xml, dir.write("other.xml", "<result/>")), Error<&tError_WrongDoc>);
+    EXPECT_THROW(AddResultFile(xml, dir.write("other.xml", "<result>")), Error<&tError_ParseFile>);
+    EXPECT_EQ(xmlGenericErrorContext, nullptr) << "the buffer of the failed parse is gone";
 }
 
 TEST_F(ExecutionLog, TheStatusCanOnlyRise) {
@@ -139,6 +141,9 @@ TEST_F(ExecutionLog, TheQaStatusIsReadFromTheUtilitysElement) {
         const auto [found, code, severity, text] = readQaStatus("u");
         EXPECT_THAT(fmtlib::format("{:d} {} {} {}", found, code, severity, text), StartsWith(expected));
     }
+    dir.write("BMM/qa-status-test.cfg", "<log>");
+    EXPECT_THROW(readQaStatus("u"), Error<&tError_ParseFile>);
+    EXPECT_EQ(xmlGenericErrorContext, nullptr) << "the buffer of the failed parse is gone";
 }
 
 } // namespace
