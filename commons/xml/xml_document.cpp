@@ -44,6 +44,22 @@ void parseInto(ttPtrWrapper<xmlDoc*, xmlFreeDoc>& holder, const char* name, Pars
     xmlSetGenericErrorFunc(nullptr, nullptr);
 }
 
+/// The document of a text, or null.
+xmlDoc* parseText(const std::string& content) {
+    const ttPtrWrapper<xmlParserCtxt*, xmlFreeParserCtxt> parser(xmlNewParserCtxt());
+    xmlDoc* const doc = xmlCtxtReadMemory(parser.get(), content.data(), static_cast<int>(content.size()),
+                                          nullptr, nullptr, kParseOptions);
+    if (doc != nullptr && parser.get()->input->cur < parser.get()->input->end) {
+        // Behind the root libxml2 takes a zero byte for the end of the text, whatever follows.
+        xmlGenericError(xmlGenericErrorContext,
+                        "Entity: line %d: parser error : Char 0x0 out of allowed range\n",
+                        parser.get()->input->line);
+        xmlFreeDoc(doc);
+        return nullptr;
+    }
+    return doc;
+}
+
 /// libxml2's name for standard input and output.
 bool isStandardStream(const char* filename) {
     return std::string_view(filename) == "-";
@@ -112,10 +128,7 @@ tXmlDocument::tXmlDocument(const std::filesystem::path& path) {
 
 tXmlDocument::tXmlDocument(const std::string& content) {
     requireThat(!content.empty(), "content.size()");
-    parseInto(doc_, "-", [&content] {
-        return xmlReadMemory(content.data(), static_cast<int>(content.size()), nullptr, nullptr,
-                             kParseOptions);
-    });
+    parseInto(doc_, "-", [&content] { return parseText(content); });
 }
 
 void tXmlDocument::saveToFile(const std::string& path) {

@@ -43,7 +43,7 @@ public:
     explicit tXmlDocument(const std::filesystem::path& path);
 
     /// Parses `content`, which must be below 2 GiB. Raises AssertionFailed when it is empty, tError_ParseFile
-    /// with the file name "-" when it is not well-formed.
+    /// with the file name "-" when it is not well-formed to its end: a zero byte is no end.
     explicit tXmlDocument(const std::string& content);
 
     tXmlDocument(const tXmlDocument&) = default;

@@ -5,6 +5,7 @@
 #include "tests/support/thrown_text.h"
 
 #include <gtest/gtest.h>
+#include <libxml/xmlerror.h>
 
 namespace {
 
@@ -38,12 +39,16 @@ TEST(DumpSignature, EachTextOfTheDocumentCountsButTheSignersKey) {
         {"<DigestValue>", 4, "QUJD", "Digest is wrong"},
         {"<SignatureValue>", 4, "QUJD", "Signature is wrong"},
         {"<SignatureValue>", 174, "", "Cannot base64 decode signature"},
+        {"</Signature>", 0, std::string("\0junk", 5),
+         "Unable to parse the signature: The XML file - was not parsed successfully with the following "
+         "errors:\nEntity: line 26: parser error : Char 0x0 out of allowed range\n"},
     };
     for (const auto& [element, count, text, verdict] : cases) {
         dir.write("dump", std::string(good).replace(good.find(element) + element.size(), count, text));
         const auto verify = [&] { verifyDumpFile(files, publicKey); };
         EXPECT_EQ(test_support::thrownText<Error<&VerifyError>>(verify), verdict);
     }
+    EXPECT_EQ(xmlGenericErrorContext, nullptr) << "the buffer of the failed parse is gone";
     dir.write("dump", std::string(good).replace(good.find("<Modulus>") + 9, 4, "QUJD"));
     EXPECT_NO_THROW(verifyDumpFile(files, publicKey)) << "a dump is verified with this server's own key";
 }

@@ -39,6 +39,10 @@ TEST_F(Xml, WhatCannotBeReadOrWrittenIsTold) {
     EXPECT_THAT(thrownText<Error<&tError_ParseFile>>([] { parse("<a>\n<b></a>"); }),
                 MatchesRegex("The XML file - was not parsed successfully with the following errors:\n"
                              "Entity: line 2: parser error : .*\n<b></a>\n.*"));
+    const std::string zero("<a/>\n\0 ", 7);
+    EXPECT_THAT(thrownText<Error<&tError_ParseFile>>([&] { parse(zero); }),
+                HasSubstr("errors:\nEntity: line 2: parser error : Char 0x0 out of allowed range\n"));
+    EXPECT_NO_THROW(parse({"\xFF\xFE<\0a\0/\0>\0\n\0", 12})) << "in UTF-16 a zero byte is half a character";
     tXmlBmmDocument doc = parse("<actual>\xC3\xA9</actual>");
     EXPECT_EQ(thrownText<Error<&tError_WrongDoc>>([&] { doc.initFileDoc("expected"); }),
               "The document has the wrong type, the root node is <actual>, but <expected> was expected");
