@@ -10,6 +10,7 @@
 #include "commons/files/temp_file.h"
 #include "commons/panel/param_source.h"
 #include "commons/xml/xml_document.h"
+#include "commons/xml/xml_error_handlers.h"
 #include "commons/xml/xml_node.h"
 #include "lib/process/lib/identity.h"
 
@@ -41,6 +42,21 @@ void giveToPanel(const std::string& file) {
     }
 }
 
+void writeElement(const XmlNode& element, const std::string& file) {
+    FILE* const stream = std::fopen(file.c_str(), "w+");
+    if (stream == nullptr) {
+        // This process made the file a moment ago: that it cannot open it is a fault of the program. To go on
+        // would put an empty file in the target's place.
+        std::abort();
+    }
+    const QuietXmlErrors quiet;
+    xmlElemDump(stream, element.doc_, element.node_);
+    const bool failed = std::ferror(stream) != 0;
+    if (std::fclose(stream) != 0 || failed) {
+        BRASK_THROW(tError_SaveFile, file);
+    }
+}
+
 } // namespace
 
 void tXmlDocument::saveToFileAtomically(const std::string& path) {
@@ -52,14 +68,7 @@ void tXmlDocument::saveToFileAtomically(const std::string& path) {
 
 void XmlNode::saveToFileAtomically(cstring& path) const {
     const std::string file = makeFileBeside(path, "xw-stfa-");
-    FILE* const stream = std::fopen(file.c_str(), "w+");
-    if (stream == nullptr) {
-        // This process made the file a moment ago: that it cannot open it is a fault of the program. To go on
-        // would put an empty file in the target's place.
-        std::abort();
-    }
-    xmlElemDump(stream, doc_, node_);
-    std::fclose(stream);
+    writeElement(*this, file);
     giveToPanel(file);
     try {
         // Unlike the document's, this save takes the target away first: for a moment there is none.

@@ -65,6 +65,23 @@ bool isStandardStream(const char* filename) {
     return std::string_view(filename) == "-";
 }
 
+/// Writes `doc` to the file of exactly this name: libxml2 would take the name for a URI and unescape it. A
+/// null `encoding` is UTF-8. Returns whether all was written; when there is no such encoding, the file is
+/// left alone.
+bool writeToFile(const char* filename, xmlDoc* doc, const char* encoding) {
+    xmlCharEncodingHandler* const handler =
+        encoding == nullptr ? nullptr : xmlFindCharEncodingHandler(encoding);
+    if (encoding != nullptr && handler == nullptr) {
+        return false;
+    }
+    std::FILE* const file = isStandardStream(filename) ? stdout : std::fopen(filename, "wb");
+    if (file == nullptr) {
+        return false;
+    }
+    const int written = xmlSaveFileTo(xmlOutputBufferCreateFile(file, handler), doc, encoding);
+    return (file == stdout || std::fclose(file) == 0) && written >= 0;
+}
+
 int writeToStream(void* context, const char* buffer, int length) {
     auto& stream = *static_cast<std::ostream*>(context);
     stream.write(buffer, length);
@@ -159,10 +176,9 @@ int tXmlDocument::readFromFile(const char* filename) {
 void tXmlDocument::saveToFile(const char* filename, const char* encoding) {
     requireFileName(filename);
     const QuietXmlErrors quiet;
-    const int written = encoding == nullptr ? xmlSaveFile(filename, doc_.get())
-                                            : xmlSaveFileEnc(filename, doc_.get(), encoding);
-    // libxml2 flushes standard output without a look at the result.
-    if (written < 0 || (isStandardStream(filename) && std::ferror(stdout) != 0)) {
+    xmlDoc* const doc = doc_.get();
+    if (doc == nullptr ||
+        !writeToFile(filename, doc, encoding != nullptr ? encoding : fromXml(doc->encoding))) {
         BRASK_THROW(tError_SaveFile, filename);
     }
 }

@@ -65,8 +65,9 @@ public:
     /// libxml2's text: then the old document is gone and doc_ holds null.
     int readFromFile(const char* filename);
 
-    /// Writes the document to a file, "-" meaning standard output. A null `encoding` keeps the document's
-    /// own. Raises AssertionFailed on a null or empty name, tError_SaveFile when it cannot be written.
+    /// Writes the document to the file of exactly this name, "-" meaning standard output. A null `encoding`
+    /// keeps the document's own. Raises AssertionFailed on a null or empty name, tError_SaveFile when it
+    /// cannot be written as a whole.
     void saveToFile(const char* filename, const char* encoding);
 
     /// Writes the document to `buffer`, which libxml2 closes and frees. Returns 1. Raises AssertionFailed on
@@ -79,9 +80,10 @@ public:
     /// Replaces the file `path` in one step with the document, owned by the panel's administrative account
     /// with its primary group, mode 0600. Written through the virtual saveToFile. The last step is tried as
     /// often as the settings say; with zero attempts the target keeps its old content, and nothing is raised.
-    /// On any failure the target is as it was, and the temporary file "bmm-xp-stfa-NAME-XXXXXX" beside it
-    /// stays. A bare file name puts that file into the directory of temporary files, from where the last step
-    /// may have to cross file systems, which fails on an existing target. Raises what BMM_getTempFileName and
+    /// On any failure an existing target is as it was, and the temporary file "bmm-xp-stfa-NAME-XXXXXX"
+    /// beside it stays. A bare file name puts that file into the directory of temporary files, from where the
+    /// last step may have to cross file systems: that fails on an existing target, and a new one may be left
+    /// incomplete when it fails. Raises what BMM_getTempFileName and
     /// saveToFile raise, CantTakeFileOwnership, CantRenameFile.
     void saveToFileAtomically(const std::string& path);
 

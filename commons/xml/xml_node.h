@@ -24,8 +24,9 @@ struct XmlNode {
     /// Replaces the file `path` with this element alone, without an XML declaration, owned and named as by
     /// tXmlDocument::saveToFileAtomically, the prefix being "bmm-xw-stfa-". An existing target is removed
     /// before the new file takes its name, once and with no retries: if that fails, the old content is gone,
-    /// and the new stays in the temporary file. Raises what BMM_getTempFileName raises,
-    /// CantTakeFileOwnership, CantRenameFile.
+    /// and the new stays in the temporary file. A failure before that leaves the target alone. Raises what
+    /// BMM_getTempFileName raises, tError_SaveFile when the disk is full, say, CantTakeFileOwnership,
+    /// CantRenameFile.
     void saveToFileAtomically(cstring& path) const;
 
     xmlDocPtr doc_;

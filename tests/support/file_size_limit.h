@@ -6,14 +6,19 @@
 
 namespace test_support {
 
-/// Stands for a full disk: no file of this process can grow beyond the limit. For a child process, whose life
-/// it is meant to end with.
+/// Stands for a full disk: no file of this process can grow beyond the limit while it lives. For a child
+/// process, since the signal of a write over the limit stays ignored.
 class FileSizeLimit {
 public:
     explicit FileSizeLimit(rlim_t bytes) {
         signal(SIGXFSZ, SIG_IGN);
         set(bytes);
     }
+
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+    ~FileSizeLimit() { lift(); }
 
     void lift() const { set(RLIM_INFINITY); }
 

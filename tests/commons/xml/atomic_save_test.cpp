@@ -4,6 +4,7 @@
 #include "commons/xml_parse.h"
 #include "commons/xml_wrap.h"
 #include "tests/commons/library_test.h"
+#include "tests/support/file_size_limit.h"
 
 namespace {
 
@@ -12,7 +13,10 @@ using namespace test_support;
 using testing::MatchesRegex;
 namespace fs = std::filesystem;
 
-/// Every test saves "doc", a whole document, and "node", one of its nodes, below the folder "out".
+/// libxml2 would take this for an escaped name.
+const std::string kDocument = "doc%41";
+
+/// Every test saves kDocument, a whole document, and "node", one of its nodes, below the folder "out".
 class AtomicSave : public RootTest {
 protected:
     /// What was raised. The settings are read once in a process, so that each save runs in a child of its
@@ -27,7 +31,9 @@ protected:
             document.initFileDoc("a");
             const XmlNode node(document.doc_.get(), document.root_->children);
             requireThat(setuid(user) == 0, "setuid");
-            name == "doc" ? document.saveToFileAtomically(out + name) : node.saveToFileAtomically(out + name);
+            const FileSizeLimit disk(bytesFree);
+            name == kDocument ? document.saveToFileAtomically(out + name)
+                              : node.saveToFileAtomically(out + name);
         };
         return inChild(saveAs).err;
     }
@@ -40,14 +46,16 @@ protected:
 
     long filesLeft() const { return std::distance(fs::directory_iterator(dir.path("out")), {}); }
 
-    const std::string out = fs::path(dir.write("out/doc", "old")).parent_path() / "";
+    const std::string out = fs::path(dir.write("out/" + kDocument, "old")).parent_path() / "";
     std::string settings;
+    rlim_t bytesFree = RLIM_INFINITY;
 };
 
 TEST_F(AtomicSave, TheNewContentBelongsToThePanelsAccountAndItsPrimaryGroup) {
+    fs::create_directory(out + "node"); // the element's save takes it away
     for (const auto& [account, owner] : {std::pair{"worker", "54321:54322 600"}, {"nobody", "0:0 600"}}) {
-        EXPECT_EQ(save("doc", account) + save("node", account), "");
-        expectFile("doc", "<?xml version=\"1.0\"?>\n<a><b/></a>\n", owner);
+        EXPECT_EQ(save(kDocument, account) + save("node", account), "");
+        expectFile(kDocument, "<?xml version=\"1.0\"?>\n<a><b/></a>\n", owner);
         expectFile("node", "<b/>", owner);
     }
     EXPECT_EQ(filesLeft(), 2);
@@ -56,21 +64,25 @@ TEST_F(AtomicSave, TheNewContentBelongsToThePanelsAccountAndItsPrimaryGroup) {
 TEST_F(AtomicSave, AFailureKeepsTheOldContentWithTheNewOneBesideIt) {
     dir.write("out/node", "old");
     for (const auto& [name, work] :
-         {std::pair{"doc", "bmm-xp-stfa-doc-.*"}, {"node", "bmm-xw-stfa-node-.*"}}) {
+         {std::pair{kDocument, "bmm-xp-stfa-doc%41-.*"}, {"node", "bmm-xw-stfa-node-.*"}}) {
         EXPECT_THAT(save(name, "worker", 54323),
                     MatchesRegex("Cannot take ownership of " + out + work + ": Operation not permitted"));
         expectFile(name, "old", "0:0 644");
+        bytesFree = 1;
+        EXPECT_THAT(save(name), MatchesRegex("Cannot save the XML document to file '" + out + work + "'"));
+        expectFile(name, "old", "0:0 644");
+        bytesFree = RLIM_INFINITY;
         fs::remove(out + name);
         dir.write("out/" + std::string(name) + "/occupied", "");
         EXPECT_THAT(save(name), MatchesRegex("Cannot rename " + out + work + " to " + out + name + ": .*"));
     }
-    EXPECT_EQ(filesLeft(), 6);
+    EXPECT_EQ(filesLeft(), 8);
 }
 
 TEST_F(AtomicSave, WithoutAttemptsADocumentIsNotRenamed) {
     settings = "localMaxFieIoAttempts = 0";
-    EXPECT_EQ(save("doc"), "");
-    expectFile("doc", "old", "0:0 644");
+    EXPECT_EQ(save(kDocument), "");
+    expectFile(kDocument, "old", "0:0 644");
     EXPECT_EQ(filesLeft(), 2);
 }
 
