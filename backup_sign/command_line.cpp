@@ -79,7 +79,7 @@ std::vector<po::option> parseDeprecatedCommand(std::vector<std::string>& tokens)
     if (tokens.size() > 1) {
         option.value.push_back(tokens[1]);
     }
-    // The old form knows nothing behind the file name: whatever stands there is dropped without a message, on
+    // The old form knows nothing after the file name: whatever follows is dropped without a message, on
     // purpose.
     tokens.clear();
     return {option};

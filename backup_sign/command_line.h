@@ -39,13 +39,13 @@ private:
 /// token.
 std::pair<std::string, std::string> parseBareCommand(const std::string& token);
 
-/// Takes the old forms `sign FILE` and `verify FILE`, also with dashes behind the word. When `tokens` begins
-/// with one, the result is that one option and `tokens` is emptied: everything behind the file name is lost.
+/// Takes the old forms `sign FILE` and `verify FILE`, also with dashes after the word. When `tokens` begins
+/// with one, the result is that one option and `tokens` is emptied: everything after the file name is lost.
 /// Otherwise the result is empty and `tokens` stays. Raises std::out_of_range for empty `tokens`.
 std::vector<boost::program_options::option> parseDeprecatedCommand(std::vector<std::string>& tokens);
 
 /// Writes the help text to standard output: every option of `visible` with its description, an empty line
-/// behind each.
+/// after each.
 void printHelp(const boost::program_options::options_description& visible);
 
 /// Raises Error<&MissingOptionError, ExDefault> when `vm` has no entry for `name`.

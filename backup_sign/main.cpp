@@ -1,5 +1,5 @@
 // backup_sign signs a finished dump and verifies it later. This file turns the command line into one
-// operation of BackupSign, and every failure into one line on standard output and exit code 1.
+// operation of BackupSign, and every failure into a message on standard output and exit code 1.
 
 #include "backup_sign/command_line.h"
 #include "backup_sign/run_lifetime.h"

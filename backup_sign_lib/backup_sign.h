@@ -16,8 +16,8 @@ namespace brask {
 /// the class. One thread only.
 class BackupSign {
 public:
-    /// Fetches the pair, unless it is here and the last load did not fail. Nothing checks that what comes is
-    /// keys. Raises CertificateNotFoundError, with the pair left as it was.
+    /// Fetches the pair, unless it is here and no load has failed since the last store. Nothing checks that
+    /// what comes is keys. Raises CertificateNotFoundError, with the pair left as it was.
     void LoadServerCertificate();
 
     /// Hands a pair to the helper, and uses it from now on. Raises SetBackupCertificateError, with the pair
@@ -58,9 +58,9 @@ public:
 private:
     static std::string privateKey;
     static std::string publicKey;
-    /// Why the last load failed; empty before the first and after a store.
+    /// Why a load failed. A store clears it; a later load that succeeds does not.
     static std::string loadError;
-    /// What stands between the private and the public key on their way from and to the helper.
+    /// What separates the private from the public key on the way from and to the helper.
     static const std::string keySeparator;
 };
 

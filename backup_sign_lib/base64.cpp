@@ -46,7 +46,7 @@ void pushWrapped(ByteBuffer& text, unsigned char character) {
 
 using Group = std::array<char, 4>;
 
-/// Moves `text` behind the next four valid characters. False when there are fewer.
+/// Moves `text` past the next four valid characters. False when there are fewer.
 bool takeGroup(const char*& text, const char* end, Group& group) {
     for (char& character : group) {
         text = std::find_if(text, end, [](char c) { return (decoded(c) & kInvalid) == 0; });

@@ -10,10 +10,11 @@ namespace brask {
 char* base64Encode(const unsigned char* data, int length);
 
 /// Decodes `length` characters and stores the number of bytes in `*resultLength`. The result comes from
-/// malloc and the caller frees it; one NUL stands after the counted bytes.
+/// malloc and the caller frees it; one NUL follows the counted bytes.
 ///
-/// It can't fail: white space and characters outside the alphabet vanish, an unfinished group of four at the
-/// end is dropped, and what follows padding is not read.
+/// No text is an error: white space and characters outside the alphabet vanish, an unfinished group of four
+/// at the end is dropped, and what follows padding is not read. A text without any group gives a block of
+/// length 0.
 unsigned char* base64Decode(const char* text, int length, int* resultLength);
 
 } // namespace brask

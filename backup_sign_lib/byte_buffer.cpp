@@ -23,7 +23,7 @@ void byteBufferPush(ByteBuffer& buffer, char byte) {
     ++buffer.count;
     if (buffer.count == buffer.capacity) {
         buffer.capacity = buffer.count + kGrowth;
-        // NOLINTNEXTLINE(bugprone-suspicious-realloc-usage): out of memory ends the process here.
+        // NOLINTNEXTLINE(bugprone-suspicious-realloc-usage): see the header.
         buffer.data = static_cast<char*>(std::realloc(buffer.data, buffer.capacity));
         buffer.cursor = buffer.data + buffer.count;
     }

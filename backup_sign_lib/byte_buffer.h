@@ -3,7 +3,8 @@
 namespace brask {
 
 /// A growing array of bytes in a malloc block. A plain record: whoever ends up holding `data` frees it. The
-/// results of malloc and realloc are not checked.
+/// results of malloc and realloc are not checked: without memory the next access is a fault, which ends the
+/// process.
 struct ByteBuffer {
     char* data;
     /// Size of the block.

@@ -7,8 +7,9 @@
 
 namespace brask {
 
-/// Copies bytes. Reports nothing: a write that fails ends the copy, and callers take whatever came. `input`
-/// must exist and `output` must be writable, otherwise the process dies.
+/// Copies bytes. Reports nothing: a write that fails ends the copy, and callers take whatever came. An
+/// `input` that can't be opened ends the process with a fault, and so does such an `output` once there is a
+/// byte for it.
 void copyFileOrStream(const std::string& input, const std::string& output);
 
 /// Writes the document `input` as UTF-8 to `output`, a migration dump in an envelope without its envelope.

@@ -1,4 +1,4 @@
-// Runs a command, profiles it, and shows what the command printed and what stands in the profile's file.
+// Runs a command, profiles it, and shows what the command printed and what the profile's file holds.
 //
 //     example_run_command PROFILE-FILE COMMAND [ARGUMENT…]
 

@@ -107,7 +107,7 @@ struct Specifier {
     int minWidth = 0; // 0 for none, below 0 to align left
     std::size_t maxWidth = 0;
     char letter = '\0';
-    std::size_t end = 0; // the place behind it
+    std::size_t end = 0; // the place after it
 };
 
 std::string digitsAt(const std::string& text, std::size_t at) {
@@ -116,7 +116,7 @@ std::string digitsAt(const std::string& text, std::size_t at) {
     return text.substr(at, end - at);
 }
 
-/// Reads the specifier whose percent sign stands in front of `at`. A malformed one comes out with a letter
+/// Reads the specifier whose percent sign precedes `at`. A malformed one comes out with a letter
 /// that is not ours, so that it stays with the stock layout, which judges it.
 Specifier readSpecifier(const std::string& pattern, std::size_t at) {
     Specifier specifier;

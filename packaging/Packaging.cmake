@@ -6,7 +6,7 @@ set(CPACK_PACKAGE_VENDOR "The backup_sign maintainers")
 set(CPACK_PACKAGE_CONTACT "The backup_sign maintainers <root@localhost>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/packages")
-# The product tree stands at absolute paths, which CPack takes only under this prefix.
+# The product tree has absolute paths, which CPack takes only under this prefix.
 set(CPACK_PACKAGING_INSTALL_PREFIX "/")
 set(CPACK_COMPONENTS_ALL tool product)
 set(CPACK_DEB_COMPONENT_INSTALL ON)

@@ -1,7 +1,7 @@
 #pragma once
 
-// The base classes of the exception family: what every failure of the library can tell about itself. The
-// classes that are thrown stand in error.h and exc.h.
+// The base classes of the exception family: what every failure of the library knows about itself. The
+// classes that are thrown are in error.h and exc.h.
 
 #include "commons/errors/severity.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The text formatting library behind one name. brask::fmtlib is <format> where the compiler has it and libfmt
+// The text formatting library under one name. brask::fmtlib is <format> where the compiler has it and libfmt
 // where it has not; nothing else in the code knows which.
 
 #if __has_include(<format>)

@@ -22,14 +22,15 @@ void TextMsgFormatter::Flush() {
         parts.push_back(message);
     }
     if (!file.empty() && line > 0) {
-        // The name, not the number, stands behind the file: readers of existing logs search for it there. The
+        // The name, not the line number, follows the file: readers of existing logs search for it there. The
         // line only decides whether the place is shown.
         parts.push_back(fmtlib::format("[{}:{}]", file, tagName));
     }
     if (!function.empty()) {
         parts.push_back(fmtlib::format("\n{}", function));
     }
-    // Assigned, not appended, on purpose: the cause stands alone in the log, without the exceptions round it.
+    // Assigned, not appended, on purpose: the cause is alone in the log, without the exceptions that include
+    // it.
     text = boost::algorithm::join(parts, " ");
 }
 

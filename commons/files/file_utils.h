@@ -40,7 +40,7 @@ bool writeAll(int fd, const char* data, size_t size);
 /// std::system_error.
 void copyData(int from, int to);
 
-/// Whether `stream`, read from its start, begins with `expected`. The stream is left behind what was read.
+/// Whether `stream`, read from its start, begins with `expected`. The stream is left after what was read.
 /// Raises std::system_error when it can't be positioned or read.
 bool streamEquals(std::istream& stream, const std::string& expected);
 

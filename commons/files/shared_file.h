@@ -42,8 +42,8 @@ public:
     /// or a kill, may leave a part of `data` in the file.
     void Append(std::string data);
 
-    /// The same for a line and its line feed, in a file of lines. What stands behind the last line feed
-    /// stays, whoever wrote it, and becomes a line of its own.
+    /// The same for a line and its line feed, in a file of lines. Text after the last line feed stays,
+    /// whoever wrote it, and becomes a line of its own.
     void AppendLine(const std::string& line);
 
 private:

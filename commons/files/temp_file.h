@@ -2,11 +2,11 @@
 
 // Temporary files and directories, under one naming scheme: "bmm-", a stem, "-" and six characters that make
 // the name new. Nothing is registered or cleaned up: a file stays until its caller (or a BMMTmpFile that was
-// told to) removes it, and the prefix is what an operator recognises one by that a dead process left behind.
+// told to) removes it, and the prefix is what an operator recognises one by that a dead process has left.
 //
 // `dir` is where to put it; an empty one means the parameter DUMP_TMP_D, or getBmmTmpDir() when there is no
 // such parameter; that raises Error<&ParamError, ExDefault> when there is no product root either. `name` is
-// the stem and may be empty. With `exactName` the stem stands without its decoration, followed directly by
+// the stem and may be empty. With `exactName` the stem is used without its decoration, followed directly by
 // the six characters.
 //
 // Files have mode 0600, directories 0700; their owner is the effective user. All of the functions raise

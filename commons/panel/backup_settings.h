@@ -45,7 +45,7 @@ public:
 
     /// The defaults, overridden by what the file at `path` says; the defaults alone if there is no file.
     /// A file that can't be read or parsed, or a bad number in it, is told to the log and is no failure: the
-    /// values before the bad one keep what the file gave them, it and those behind it their defaults.
+    /// values before the bad one keep what the file gave them, it and those after it their defaults.
     explicit BackupSettings(const std::string& path);
 
     /// One read-only accessor for each value, named after it: that of instance().

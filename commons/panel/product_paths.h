@@ -13,23 +13,31 @@ namespace brask {
 /// either piece stay as they are.
 std::string joinPath(const std::string& a, const std::string& b);
 
+// What the tool of this repository and its library ask for.
+
 /// The root of the product tree, the parameter PRODUCT_ROOT_D.
 std::string getProductRootDir();
-/// The backup component's directory and what lies in it.
+/// The backup component's directory.
 std::string getBmmDir();
+/// The debug log's configuration.
 std::string getBmmConfigFile();
+/// The switch that makes a utility report a status for a test.
 std::string getQaStatusFile();
+/// Where temporary files go when nothing else is said.
 std::string getBmmTmpDir();
 /// An administrative utility; the directory itself, with a slash at the end, for an empty name.
 std::string getAdminBinPath(const std::string& name);
 std::string getAdminConfDir();
 std::string getVarDir();
+/// What a test leaves for the error reports.
 std::string getTestMetaFile();
+/// The utility that validates documents against a schema.
 std::string getLibxmlProxyPath();
-/// Directories of the runtime configuration. Their values are not trimmed.
+/// The database client's directory, as the runtime configuration has it.
 std::string getMysqlBinDir();
 
-// What follows serves the panel's other tools.
+// What the panel's other tools ask for. Directories of the runtime configuration come as they are there, not
+// trimmed.
 
 std::string getVhostsDir();
 std::string getMailnamesDir();

@@ -172,7 +172,7 @@ void SettingsParser::readAssignment() {
         std::string value = readValue();
         values[section + "." + key] = std::move(value);
     }
-    // What is left is blanks, a comment, or text behind a quoted value: none of it has a meaning.
+    // What is left is blanks, a comment, or text after a quoted value: none of it has a meaning.
     dropLine();
 }
 

@@ -7,7 +7,7 @@ namespace brask {
 
 namespace {
 
-// Indexed by the id; 0 stands for every id that has no name.
+// Indexed by the id; 0 is for every id that has no name.
 constexpr std::array<const char*, 28> kDisplayNames{
     "Unspecified",
     "Main",

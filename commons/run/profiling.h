@@ -4,9 +4,8 @@
 // opens a ProfilingContext at its start, and each piece of work is an object on the stack:
 //
 //     ProfilingContext profile(profileLogPath());
-//     ProfilingOperation operation(ProfilingOperationType::UnpackArchive, {}, &profile);  // the start record
-//     ...                                                                                 // ~: the finish
-//     record
+//     // The constructor writes the start record, the destructor the finish record.
+//     ProfilingOperation operation(ProfilingOperationType::UnpackArchive, {}, &profile);
 //
 // Profiling never stops the work: the first record that can't be built or written is noted in the log and
 // ends it for the process.

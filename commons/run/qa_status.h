@@ -17,7 +17,7 @@ struct QaStatus {
 ///     <log><util name="NAME" severity="error" errcode="7">the message</util></log>
 ///
 /// The record is as above when the file is missing or has no such element with both attributes filled in.
-/// `name` stands in an XPath expression unescaped. Raises what reading the document raises, and
+/// `name` is put into an XPath expression unescaped. Raises what reading the document raises, and
 /// boost::bad_lexical_cast for an errcode that is no decimal integer.
 QaStatus readQaStatus(const std::string& name);
 

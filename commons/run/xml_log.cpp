@@ -135,7 +135,7 @@ void XmlLog::addMessageAt(xmlNode* node, int severity, const IExTraceable& ex) {
     XmlMsgFormatter formatter(*this, addChild(node, "message"));
     ex.Accept(formatter);
     // Over the exception's own: this is what makes an error of what every exception calls a warning. With
-    // inner exceptions the formatter stands at the innermost by now, and it is that one's severity which is
+    // inner exceptions the formatter is at the innermost by now, and it is that one's severity which is
     // replaced; readers of the file go by it.
     formatter.OnSeverity(severity);
     RaiseStatus(severity);

@@ -53,7 +53,7 @@ public:
     /// successful.
     void RaiseStatus(int severity) override;
 
-    /// The severity that is given stands in the file, not the exception's own; of a chain of exceptions it is
+    /// The severity that is given is written, not the exception's own; of a chain of exceptions it is
     /// the innermost one's that is replaced. The status rises with it.
     void AddMessage(const IExTraceable& ex) override;
     void AddMessage(int severity, const IExTraceable& ex) override;

@@ -59,7 +59,7 @@ std::string SanitizeUtf8(const std::string& text) {
             break;
         }
         if (failure == EILSEQ) {
-            // There is room: so far the output is no longer than the input that it stands for.
+            // There is room: so far the output is no longer than the input that it replaces.
             *out++ = '?';
             --outLeft;
             ++in;

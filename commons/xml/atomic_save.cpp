@@ -1,5 +1,5 @@
 // The members that replace a file with a document or an element, owned by the panel's administrative account.
-// They are declared with their classes and stand here, because they need the files, the settings and the
+// They are declared with their classes and defined here, because they need the files, the settings and the
 // accounts, all of which are above the XML classes.
 //
 // Both write a temporary file beside the target and move it there. Nothing is synced to the disk, and the

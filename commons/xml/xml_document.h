@@ -2,7 +2,7 @@
 
 // Owners of libxml2 documents.
 //
-// Callers work with libxml2's own nodes, so the document and the root stand open here. A node belongs to its
+// Callers work with libxml2's own nodes, so the document and the root are public here. A node belongs to its
 // document: no xmlNode* outlives the last copy of the owner that it was got from.
 //
 // WARNING: a parse sends libxml2's generic error text into a buffer of its own. A parse that succeeds puts

@@ -19,7 +19,7 @@ BRASK_ERROR_TAG(ExternalDtdValidationFailed,
 BRASK_ERROR_TAG(InternalDtdValidationFailed,
                 "Failed validation of the document with its internal DTD. The errors are: {}")
 
-/// A DTD that stands in a file of its own.
+/// A DTD in a file of its own.
 class tExternalDtdDoc {
 public:
     /// Reads nothing yet.
@@ -36,7 +36,7 @@ private:
     ttPtrWrapper<xmlDtd*, xmlFreeDtd> dtd_;
 };
 
-/// Warnings of a document that is valid are dropped; those of one that is not stand in the text with the
+/// Warnings of a document that is valid are dropped; those of one that is not are in the text with the
 /// errors. Both operations raise tError_XmlInternal when there is no memory.
 class tDtdValidator {
 public:

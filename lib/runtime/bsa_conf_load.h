@@ -8,7 +8,7 @@
 //     HTTPD_VHOSTS_D  /var/www/vhosts    # the name, white space, the value, perhaps a comment
 //
 // A name is letters, digits and underscores. A value may hold blanks; there is no quoting and no escaping,
-// and a '#' ends it wherever it stands. A later line of the same name wins. A line that can't be read is
+// and a '#' ends it wherever it is. A later line of the same name wins. A line that can't be read is
 // logged and skipped.
 
 #include <cstddef>
