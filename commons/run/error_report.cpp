@@ -11,11 +11,14 @@
 #include "lib/process/lib/sigpipe_guard.h"
 
 #include <boost/stacktrace.hpp>
+#include <libxml/chvalid.h>
 #include <libxml/encoding.h>
 #include <libxml/xmlIO.h>
+#include <libxml/xmlstring.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <bit>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -27,11 +30,23 @@ namespace {
 
 std::optional<bool> reportsEnabled;
 
+bool isXmlCharacter(const std::string& utf8) {
+    int length = static_cast<int>(utf8.size());
+    const int character = xmlGetUTF8Char(reinterpret_cast<const xmlChar*>(utf8.data()), &length);
+    return character > 0 && xmlIsCharQ(static_cast<unsigned>(character));
+}
+
 /// A logged text can hold anything, a byte of a broken configuration file, say; an XML document cannot.
 std::string asXmlText(const std::string& text) {
-    std::string result = SanitizeUtf8(text);
-    const auto forbidden = [](unsigned char c) { return c < 0x20 && c != '\t' && c != '\n' && c != '\r'; };
-    std::replace_if(result.begin(), result.end(), forbidden, '?');
+    const std::string utf8 = SanitizeUtf8(text);
+    std::string result;
+    for (std::size_t at = 0; at < utf8.size();) {
+        // The first byte tells the length. iconv knows the form of old, which has up to six bytes.
+        const int length = std::max(std::countl_one(static_cast<unsigned char>(utf8[at])), 1);
+        const std::string character = utf8.substr(at, static_cast<std::size_t>(length));
+        result += length <= 4 && isXmlCharacter(character) ? character : "?";
+        at += character.size();
+    }
     return result;
 }
 
@@ -50,7 +65,7 @@ void addTestData(tXmlBmmDocument& report) {
     if (meta.contains("scenario")) {
         const auto scenario = meta.at("scenario").get<std::string>();
         xmlNode* info = report.addChild(report.root_, "additional_info");
-        report.addTextChild(info, "scenario", scenario);
+        report.addTextChild(info, "scenario", asXmlText(scenario));
     }
 }
 

@@ -27,8 +27,8 @@ public:
     bool IsEnabled();
 
     /// The report: a document with the root "error" and the children "component", "message", "file", "line"
-    /// and "trace", and "additional_info" when a test has left its data. Bytes of the message that no XML
-    /// document can hold are replaced by "?".
+    /// and "trace", and "additional_info" when a test has left its data. What no XML document can
+    /// hold is replaced by "?".
     std::string PrepareContent(const std::string& component, const std::string& message) const;
 
     /// The name of the running tool, kept beside the origin. It does not enter the report.
