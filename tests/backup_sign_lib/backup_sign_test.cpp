@@ -1,4 +1,5 @@
 #include "backup_sign_lib/backup_sign.h"
+#include "backup_sign_lib/sign_errors.h"
 #include "tests/support/fixed_params.h"
 #include "tests/support/recording_log.h"
 #include "tests/support/temp_dir.h"
@@ -17,14 +18,22 @@ TEST(BackupSign, ANewPairServesTheWholeProcessAndValidityIsAskedWithoutErrors) {
         const std::string path = root.write("admin/bin/backup_restore_helper", "#!/bin/sh\n" + script);
         std::filesystem::permissions(path, std::filesystem::perms::owner_all);
     };
-    setHelper("cat >/dev/null; echo $1 >>" + root.path("calls"));
+    const std::string note = "echo ${1%-backup*} >>" + root.path("calls") + "\n";
+    BackupSign sign;
+    setHelper("exit 1");
+    EXPECT_THROW(sign.LoadServerCertificate(), Error<&CertificateNotFoundError>);
+    setHelper(note + "printf 'private\\n\\npublic'");
+    sign.LoadServerCertificate();
+    EXPECT_EQ(sign.GetCertificate(), "private\n\npublic")
+        << "after a failed load the helper is asked every time";
+
+    setHelper(note + "cat >/dev/null");
     root.write("admin/htdocs/bu_pubkey.txt", "");
     const std::vector<std::string> dump{root.write("dump", "some dump")};
     Digest digest;
     digest.update("x", 1);
 
     const test_support::RecordingLog log;
-    BackupSign sign;
     EXPECT_FALSE(sign.IsDumpSignValid(dump));
     sign.SignDump(dump);
     EXPECT_TRUE(sign.IsDumpSignValid(dump));
@@ -34,8 +43,7 @@ TEST(BackupSign, ANewPairServesTheWholeProcessAndValidityIsAskedWithoutErrors) {
     EXPECT_THAT(log.lines,
                 testing::ElementsAre(HasSubstr("Failed to load backup sign certificate: Incorrect backup"),
                                      HasSubstr("Dump is not signed"), HasSubstr("Digest is wrong")));
-    EXPECT_EQ(test_support::readFile(root.path("calls")),
-              "--get-backup-certificate\n--set-backup-certificate\n");
+    EXPECT_EQ(test_support::readFile(root.path("calls")), "--get\n--get\n--get\n--set\n");
 
     setHelper("exit 1");
     EXPECT_ANY_THROW(sign.GenerateSign());

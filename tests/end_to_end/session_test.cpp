@@ -68,12 +68,13 @@ TEST_F(SessionTest, RunWithoutASessionLeavesNoTrace) {
 
 TEST_F(SessionTest, DebugAlsoReachesStandardErrorAndCustomLogItsFile) {
     const Outcome outcome = tool({"--session-path=" + session + "/", "--debug", "--verify-dump", "missing"},
-                                 {{"CUSTOM_LOG", dir.path("custom.log")}});
+                                 {{"CUSTOM_LOG", dir.path("custom.log")}, {"LC_ALL", ""}, {"LANG", "xx_YY"}});
     EXPECT_EQ(outcome.out, "File missing not found\n");
     const std::string line = "FileNotFoundError File missing not found";
     EXPECT_THAT(outcome.err, HasSubstr(line));
     EXPECT_THAT(test_support::readFile(dir.path("custom.log")), HasSubstr(line));
     EXPECT_THAT(log(), HasSubstr(line));
+    EXPECT_THAT(log(), HasSubstr("Locale in the environment variables is invalid (LC_ALL=, LANG=xx_YY), "));
     EXPECT_EQ(shell("stat -c %a \"$1\"", {session + "/migration.log"}), "640\n");
 }
 

@@ -10,7 +10,34 @@ namespace {
 
 using namespace brask;
 using namespace test_support;
+using testing::HasSubstr;
 using testing::StartsWith;
+
+/// The texts of an enumeration, and of one value beyond it.
+template <class Enumeration>
+std::string textsOf(int count) {
+    std::string texts;
+    for (int value = 0; value <= count; ++value) {
+        texts += profilingText(static_cast<Enumeration>(value)) + "\n";
+    }
+    return texts;
+}
+
+TEST(Names, AreThoseThatReadersOfTheFilesKnow) {
+    EXPECT_EQ(textsOf<ProfilingOperationType>(59) + textsOf<ProfilingAttribute>(16) +
+                  textsOf<ProfilingMetricType>(4),
+              readFile(TEST_DATA "/profiling_names.txt"));
+    std::string names;
+    for (int id = 0; id <= 28; ++id) {
+        names += objectDisplayName(id) + "\n";
+    }
+    for (const std::string type : {"Server", "Reseller", "Customer", "Domain", "Subscription", "Database",
+                                   "Database user", "Email account", "Mail list"}) {
+        names += type + ": " + objectTypeDisplayName(type) + "\n";
+    }
+    EXPECT_EQ(names, readFile(TEST_DATA "/object_names.txt"));
+    EXPECT_EQ(objectTypeDisplayName("domain"), "domain");
+}
 
 class Profiling : public RootTest {
 protected:
@@ -56,6 +83,13 @@ TEST_F(Profiling, AnAsynchronousRunLeavesMetricsWithASpeedOnceThereIsEnoughToMea
               "\"name\":\"backup.speed.upload\",\"time\":\"TIME\",\"type\":\"metric\",\"value\":0}\n");
     metric.finish("/d/f", 1048576);
     EXPECT_NEAR(std::stod(records().substr(records().rfind(':') + 1)), 524288, 50000);
+    for (const auto type : {ProfilingMetricType::SpeedPack, ProfilingMetricType::SpeedUnpack}) {
+        ProfilingMetric(type, &context).finish("/d/a", 7);
+        EXPECT_THAT(records(),
+                    HasSubstr("\n{\"attributes\":{\"archive.name\":\"a\",\"archive.path\":\"/d/a\","
+                              "\"archive.size\":7},\"name\":\"" +
+                              profilingText(type)));
+    }
     metric.start();
     metric.finish("/d/f", 1ULL << 40);
     EXPECT_THAT(records(), testing::EndsWith("\"value\":0}\n"));

@@ -17,8 +17,19 @@ TEST(TextUtils, BytesAreMadeUtf8) {
     EXPECT_EQ(SanitizeUtf8("end\xE2\x82"), "end");
 }
 
-TEST(TextUtils, AnEscapedTextMatchesItselfAndALongOneIsCut) {
-    EXPECT_EQ(escapeRegex(".+*?^$(){}=!<>|:#[]\\-/@ "), R"(\.\+\*\?\^\$\(\)\{\}\=\!\<\>\|\:\#\[\]\\\-/@ )");
+TEST(TextUtils, AnEscapedTextMatchesNothingButItself) {
+    for (char c = ' '; c <= '~'; ++c) {
+        const std::string text{'a', c, 'b'};
+        const std::regex pattern(escapeRegex(text));
+        EXPECT_TRUE(std::regex_match(text, pattern)) << text;
+        for (const std::string other : {"ab", "aab", "axb", "b", "a"}) {
+            EXPECT_EQ(std::regex_match(other, pattern), other == text) << text;
+        }
+    }
+    EXPECT_EQ(escapeRegex("=!<>:#-/@"), R"(\=\!\<\>\:\#\-/@)") << "for patterns where these have a meaning";
+}
+
+TEST(TextUtils, ALongTextIsCut) {
     const std::string lines(29, '\n');
     EXPECT_EQ(truncateLines("a\r\nb\rc\n"), "a\n\nb\nc\n");
     EXPECT_EQ(truncateLines(lines), lines);

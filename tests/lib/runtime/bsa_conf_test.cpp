@@ -1,4 +1,5 @@
 #include "lib/runtime/bsa_conf.h"
+#include "lib/runtime/bsa_conf_table.h"
 #include "lib/runtime/low_level_log.h"
 #include "tests/support/child.h"
 #include "tests/support/temp_dir.h"
@@ -59,6 +60,15 @@ TEST(BsaConfFile, ManyVariablesAreKeptInOrder) {
     EXPECT_EQ(load(content + content).out, expected);
 }
 
+TEST(BsaConf, EveryVariableHasItsNumberAndItsDefault) {
+    const auto child = inChild([] {
+        for (unsigned row = 0; row < kBsaConfRows; ++row) {
+            printf("%s %s\n", bsaConfNames[row], bsaConfGetById(row));
+        }
+    });
+    EXPECT_EQ(child.out, test_support::readFile(TEST_DATA "/bsa_conf.txt"));
+}
+
 TEST(BsaConf, ServesDefaultsUntilTheFileIsThereAndNeverReadsItAgain) {
     const test_support::TempDir dir;
     const auto child = inChild([&] {
@@ -68,9 +78,12 @@ TEST(BsaConf, ServesDefaultsUntilTheFileIsThereAndNeverReadsItAgain) {
         printf("%s|%s|", bsaConfGetById(17), bsaConfGet("OTHER"));
         dir.write("bsa.conf", "DUMP_TMP_D /changed\n");
         printf("%s|%s|", bsaConfGetById(18), bsaConfGetDefault("DUMP_D"));
-        printf("%d", bsaConfGetDefault("OTHER") == nullptr);
+        printf("%s|", bsaConfGetDefault("_MIN_POSSIBLE_BSA_CONF_VAR_NAME"));
+        for (const char* unknown : {"OTHER", "_MAX_POSSIBLE_BSA_CONF_VAR_NAME"}) {
+            printf("%d", bsaConfGetDefault(unknown) == nullptr);
+        }
     });
-    EXPECT_EQ(child.out, "/var/lib/bsa/dumps|/dumps|o|/tmp|/dumps|1");
+    EXPECT_EQ(child.out, "/var/lib/bsa/dumps|/dumps|o|/tmp|/dumps|_MIN_POSSIBLE_BSA_CONF_VAR_VALUE|11");
 }
 
 } // namespace

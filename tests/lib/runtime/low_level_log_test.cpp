@@ -43,4 +43,16 @@ TEST(LowLevelLog, SyslogLinesCarryTheInheritedTraceIdAndAreCutAtTheBuffer) {
     EXPECT_EQ(child.err.substr(child.err.find("]: ") + 3), "T42: " + std::string(8191 - 5, 'x') + "\n");
 }
 
+TEST(LowLevelLog, ANewTraceIdIsHandedDownToChildren) {
+    const test_support::ScopedEnv none("BRASK_LOG_TRACE_ID", std::nullopt);
+    const auto child = test_support::inChild([] {
+        LogInit(nullptr, LOG_WARNING, LOG_USER, LOG_PERROR | kLogTraceId, "tool");
+        logWrite(LOG_WARNING, "m");
+        printf("R%d %s", getpid(), getenv("BRASK_LOG_TRACE_ID"));
+    });
+    const std::string id = child.out.substr(child.out.find(' ') + 1);
+    EXPECT_EQ(child.out, id + " " + id);
+    EXPECT_TRUE(child.err.ends_with("]: " + id + ": m\n")) << child.err;
+}
+
 } // namespace
