@@ -4,9 +4,9 @@
 #include "backup_sign/command_line.h"
 #include "backup_sign/run_lifetime.h"
 #include "backup_sign_lib/backup_sign.h"
-#include "commons/errors/system_error.h"
 #include "commons/log/log_facade.h"
 #include "commons/panel/param_source.h"
+#include "lib/process/lib/standard_streams.h"
 
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/exception/exception.hpp>
@@ -16,9 +16,6 @@
 #include <iostream>
 #include <string>
 #include <vector>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace {
 
@@ -82,18 +79,6 @@ int dispatchGuarded(const CommandLine& commandLine, RunLifetime& run) {
     } catch (...) {
         run.SetExitCode(1);
         throw;
-    }
-}
-
-/// Makes sure that descriptors 0 to 2 are taken. A caller may have closed them, and a log or a dump that was
-/// opened in their place would get what is printed.
-void reserveStandardStreams() {
-    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        // open takes the lowest free number, which is this one. Opened the wrong way round, it fails as it
-        // did closed.
-        if (fcntl(fd, F_GETFD) == -1 && open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY) != fd) {
-            throwErrno("/dev/null");
-        }
     }
 }
 

@@ -1,16 +1,11 @@
 #include "backup_sign_lib/dump_signature.h"
 
-#include "backup_sign_lib/base64.h"
 #include "backup_sign_lib/dump_file_stream.h"
-#include "backup_sign_lib/malloc_ptr.h"
 #include "backup_sign_lib/rsa_signature.h"
 #include "backup_sign_lib/sign_errors.h"
 #include "backup_sign_lib/signature_document.h"
-#include "commons/xml/xml_error_handlers.h"
 
 #include <algorithm>
-#include <array>
-#include <cstring>
 #include <fstream>
 #include <string_view>
 
@@ -18,31 +13,8 @@ namespace brask {
 
 namespace {
 
-/// How much of the end of a volume may be signature.
-constexpr std::streamoff kTailRange = 4096;
-
 /// What a signature document begins with.
 constexpr std::string_view kMarker = "<Signature xmlns=";
-
-std::shared_ptr<SignatureData> parseSignature(const std::string& signature) {
-    // Who asks whether a signature is valid goes on when it is not.
-    const XmlErrorsReset reset;
-    try {
-        tXmlBmmDocument document(signature);
-        document.initFileDoc("Signature");
-        return parseSignXml(document);
-    } catch (const Error<&tError_ParseFile>& e) {
-        BRASK_THROW(VerifyError, formatMessage("Unable to parse the signature: {}", e.GetText()));
-    }
-}
-
-bool isValueOf(const Digest& digest, const std::string& base64) {
-    int length = 0;
-    const MallocPtr<unsigned char> value(
-        base64Decode(base64.data(), static_cast<int>(base64.size()), &length));
-    return static_cast<size_t>(length) == digest.getSize() &&
-           std::memcmp(value.get(), digest.getValue(), digest.getSize()) == 0;
-}
 
 } // namespace
 
@@ -76,13 +48,17 @@ void verifyDumpFile(const std::vector<std::string>& files, const std::string& pu
 }
 
 void verifyDumpFile(const std::string& signature, const Digest& digest, const std::string& publicKey) {
-    const std::shared_ptr<SignatureData> data = parseSignature(signature);
-    if (!isValueOf(digest, data->digestValue)) {
+    const std::shared_ptr<SignatureData> data = parseSignXml(openSignatureDocument(signature));
+    if (!isDigestOf(*data, digest)) {
         BRASK_THROW(VerifyError, "Digest is wrong");
     }
     if (verifySignature(digest, data->signatureValue, publicKey) == 0) {
         BRASK_THROW(VerifyError, "Signature is wrong");
     }
+}
+
+size_t findSignature(std::string_view tail) {
+    return tail.rfind(kMarker);
 }
 
 std::string readDumpSignature(const std::string& path, size_t& position) {
@@ -91,18 +67,18 @@ std::string readDumpSignature(const std::string& path, size_t& position) {
     if (!file) {
         return {};
     }
-    std::array<char, kTailRange> tail{};
     file.seekg(0, std::ios::end);
     const std::streamoff size = file.tellg();
-    const std::streamoff count = std::min(size, kTailRange);
-    file.seekg(size - count);
-    file.read(tail.data(), count);
-    const auto match = std::find_end(tail.begin(), tail.end(), kMarker.begin(), kMarker.end());
-    if (match == tail.end()) {
+    std::string tail(std::min(static_cast<size_t>(size), kSignatureTailRange), '\0');
+    const auto begin = size - static_cast<std::streamoff>(tail.size());
+    file.seekg(begin);
+    file.read(tail.data(), static_cast<std::streamsize>(tail.size()));
+    const size_t match = findSignature(tail);
+    if (match == std::string::npos) {
         return {};
     }
-    position = static_cast<size_t>(match - tail.begin() + size - count);
-    return {match, tail.begin() + count};
+    position = static_cast<size_t>(begin) + match;
+    return tail.substr(match);
 }
 
 } // namespace brask

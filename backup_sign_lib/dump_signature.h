@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace brask {
@@ -31,6 +32,13 @@ void verifyDumpFile(const std::vector<std::string>& files, const std::string& pu
 
 /// The same for a signature document and the digest that it should sign.
 void verifyDumpFile(const std::string& signature, const Digest& digest, const std::string& publicKey);
+
+/// How much of the end of a last volume is searched for a signature document.
+inline constexpr size_t kSignatureTailRange = 4096;
+
+/// Where the last signature document begins in `tail`, the end of a volume; it takes up all the rest. npos
+/// when there is none.
+size_t findSignature(std::string_view tail);
 
 /// The last signature document in the last 4,096 bytes of a file, with all that follows it, and its offset in
 /// the file. Empty, with offset 0, when there is none or the file can't be read.

@@ -3,6 +3,8 @@
 // Owners of OpenSSL objects. An object is put into its owner in the statement that makes it.
 
 #include <openssl/bio.h>
+#include <openssl/bn.h>
+#include <openssl/crypto.h>
 #include <openssl/rsa.h>
 
 #include <memory>
@@ -13,9 +15,16 @@ struct OpenSslDeleter {
     void operator()(BIO* bio) const { BIO_free(bio); }
 
     void operator()(RSA* key) const { RSA_free(key); }
+
+    void operator()(BIGNUM* number) const { BN_free(number); }
+
+    void operator()(unsigned char* block) const { OPENSSL_free(block); }
 };
 
 using BioPtr = std::unique_ptr<BIO, OpenSslDeleter>;
+using BnPtr = std::unique_ptr<BIGNUM, OpenSslDeleter>;
+/// A block that OpenSSL has allocated.
+using OpenSslBytes = std::unique_ptr<unsigned char, OpenSslDeleter>;
 using RsaPtr = std::unique_ptr<RSA, OpenSslDeleter>;
 
 } // namespace brask

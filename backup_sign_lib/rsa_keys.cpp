@@ -6,11 +6,15 @@
 #include "backup_sign_lib/malloc_ptr.h"
 #include "backup_sign_lib/openssl_ptr.h"
 #include "backup_sign_lib/sign_errors.h"
+#include "commons/crypto/openssl_error.h"
 
 #include <openssl/bn.h>
 #include <openssl/err.h>
+#include <openssl/evp.h>
 #include <openssl/pem.h>
+#include <openssl/x509.h>
 
+#include <array>
 #include <vector>
 
 namespace brask {
@@ -31,6 +35,20 @@ std::string takeText(BIO* bio) {
         text.append(line.data(), length);
     }
     return text;
+}
+
+/// The inverse of extractPartOfPublicKey; null when there is none.
+BnPtr readPartOfPublicKey(const std::string& text) {
+    int length = 0;
+    const MallocPtr<unsigned char> digits(base64Decode(text.data(), static_cast<int>(text.size()), &length));
+    const auto* const hex = reinterpret_cast<const char*>(digits.get());
+    BIGNUM* number = nullptr;
+    // BN_hex2bn takes a minus sign, and reads as far as there are digits.
+    if (length == 0 || *hex == '-' || BN_hex2bn(&number, hex) != length) {
+        BN_free(number);
+        return nullptr;
+    }
+    return BnPtr(number);
 }
 
 /// Frees the block that a ByteBuffer ends up with, wherever growing has moved it.
@@ -95,6 +113,35 @@ void composePublickey(const std::string& publicKey, std::string& modulus, std::s
     }
     modulus = extractPartOfPublicKey(n);
     exponent = extractPartOfPublicKey(e);
+}
+
+RSA* readKeyValue(const std::string& modulus, const std::string& exponent) {
+    RsaPtr key(RSA_new());
+    BnPtr n = readPartOfPublicKey(modulus);
+    BnPtr e = readPartOfPublicKey(exponent);
+    if (key == nullptr || n == nullptr || e == nullptr ||
+        RSA_set0_key(key.get(), n.get(), e.get(), nullptr) != 1) {
+        return nullptr;
+    }
+    // The key owns them now.
+    static_cast<void>(n.release());
+    static_cast<void>(e.release());
+    return key.release();
+}
+
+std::string keyFingerprint(const RSA* publicKey) {
+    unsigned char* der = nullptr;
+    const int length = i2d_RSA_PUBKEY(publicKey, &der);
+    const OpenSslBytes block(der);
+    std::array<unsigned char, 32> hash;
+    if (length <= 0 ||
+        EVP_Digest(der, static_cast<size_t>(length), hash.data(), nullptr, EVP_sha256(), nullptr) != 1) {
+        throw OpenSslException(std::source_location::current(),
+                               "Cannot tell the fingerprint of a public key");
+    }
+    const MallocPtr<char> text(base64Encode(hash.data(), static_cast<int>(hash.size())));
+    const std::string fingerprint = std::string("SHA256:") + text.get();
+    return fingerprint.substr(0, fingerprint.find('='));
 }
 
 std::pair<std::string, std::string> generateServerKeypair() {

@@ -24,6 +24,14 @@ std::string extractPartOfPublicKey(const BIGNUM* number);
 /// Takes a public key apart into the two texts that the signature document carries. Raises SignError.
 void composePublickey(const std::string& publicKey, std::string& modulus, std::string& exponent);
 
+/// Puts the two texts together again. Null when one of them isn't the base64 of hexadecimal digits. The
+/// caller frees the key with RSA_free.
+RSA* readKeyValue(const std::string& modulus, const std::string& exponent);
+
+/// What two people compare to know that they have the same public key: the SHA-256 of its
+/// SubjectPublicKeyInfo in DER, as "SHA256:" and base64 without padding. Raises OpenSslException.
+std::string keyFingerprint(const RSA* publicKey);
+
 /// Makes a new pair: the private key, not encrypted, and the public key, each in PEM of its PKCS#1 form with
 /// a line feed at the end. Raises RsaKeyGenerationError.
 std::pair<std::string, std::string> generateServerKeypair();

@@ -33,6 +33,10 @@ int verifySignature(const Digest& digest, const std::string& signature, const st
     if (key == nullptr) {
         BRASK_THROW(VerifyError, "Cannot create RSA public key instance");
     }
+    return verifySignature(digest, signature, key.get());
+}
+
+int verifySignature(const Digest& digest, const std::string& signature, RSA* publicKey) {
     int length = 0;
     const MallocPtr<unsigned char> block(
         base64Decode(signature.data(), static_cast<int>(signature.size()), &length));
@@ -40,7 +44,7 @@ int verifySignature(const Digest& digest, const std::string& signature, const st
         BRASK_THROW(VerifyError, "Cannot base64 decode signature");
     }
     return RSA_verify(NID_sha1, digest.getValue(), static_cast<unsigned int>(digest.getSize()), block.get(),
-                      static_cast<unsigned int>(length), key.get());
+                      static_cast<unsigned int>(length), publicKey);
 }
 
 } // namespace brask

@@ -4,6 +4,8 @@
 
 #include "backup_sign_lib/digest.h"
 
+#include <openssl/types.h>
+
 #include <string>
 
 namespace brask {
@@ -15,5 +17,8 @@ std::string countSignature(const Digest& digest, const std::string& privateKey);
 /// RSA_verify's: 1 for a good signature, 0 for a wrong one. Raises VerifyError when the key or the text can't
 /// be read.
 int verifySignature(const Digest& digest, const std::string& signature, const std::string& publicKey);
+
+/// The same with a key that has been read.
+int verifySignature(const Digest& digest, const std::string& signature, RSA* publicKey);
 
 } // namespace brask

@@ -6,9 +6,11 @@
 #include "backup_sign_lib/rsa_signature.h"
 #include "backup_sign_lib/sign_errors.h"
 #include "commons/errors/format.h"
+#include "commons/xml/xml_error_handlers.h"
 #include "commons/xml/xpath_expr.h"
 
 #include <array>
+#include <cstring>
 #include <map>
 
 namespace brask {
@@ -20,6 +22,27 @@ constexpr const char* kSignatureNamespace = "http://www.w3.org/2000/09/xmldsig#"
 
 /// Canonical XML 1.0. Named in the document, applied by nobody.
 constexpr const char* kCanonicalization = "http://www.w3.org/TR/2001/REC-xml-c14n-20010315";
+
+using Namespaces = std::map<std::string, std::string>;
+
+const Namespaces& signatureNamespaces() {
+    static const Namespaces namespaces{{"n", kSignatureNamespace}};
+    return namespaces;
+}
+
+bool isPresent(const tXmlBmmDocument& document, const std::string& path) {
+    const tXPathExpr found(document.doc_.get(), toXml(path), document.root_, signatureNamespaces());
+    return xmlXPathCastToBoolean(found.getResult()) != 0;
+}
+
+std::string textOf(const tXmlBmmDocument& document, const std::string& path) {
+    const XmlNode root(document.doc_.get(), document.root_);
+    return getNodeContent(root.getNode(path, signatureNamespaces()).node_);
+}
+
+std::optional<std::string> textIfPresent(const tXmlBmmDocument& document, const std::string& path) {
+    return isPresent(document, path) ? std::optional(textOf(document, path)) : std::nullopt;
+}
 
 } // namespace
 
@@ -54,24 +77,52 @@ std::string createSignatureDocument(const Digest& digest, const std::string& pri
                           exponent);
 }
 
+tXmlBmmDocument openSignatureDocument(const std::string& signature) {
+    // Who asks whether a signature is valid goes on when it is not.
+    const XmlErrorsReset reset;
+    try {
+        tXmlBmmDocument document(signature);
+        document.initFileDoc("Signature");
+        return document;
+    } catch (const Error<&tError_ParseFile>& e) {
+        BRASK_THROW(VerifyError, formatMessage("Unable to parse the signature: {}", e.GetText()));
+    }
+}
+
 std::shared_ptr<SignatureData> parseSignXml(const tXmlBmmDocument& document) {
-    const std::map<std::string, std::string> namespaces{{"n", kSignatureNamespace}};
     const std::array<std::string, 4> paths{"n:SignedInfo/n:Reference/n:DigestValue", "n:SignatureValue",
                                            "n:KeyInfo/n:RSAKeyValue/n:Modulus",
                                            "n:KeyInfo/n:RSAKeyValue/n:Exponent"};
     for (const std::string& path : paths) {
-        const tXPathExpr found(document.doc_.get(), toXml(path), document.root_, namespaces);
-        if (xmlXPathCastToBoolean(found.getResult()) == 0) {
+        if (!isPresent(document, path)) {
             // "Requred" is sic: callers match it.
             BRASK_THROW(WrongSignatureDataError, "Requred XML element is absent: " + path);
         }
     }
-    const XmlNode root(document.doc_.get(), document.root_);
-    const auto text = [&](const std::string& path) {
-        return getNodeContent(root.getNode(path, namespaces).node_);
-    };
     return std::make_shared<SignatureData>(
-        SignatureData{text(paths[0]), text(paths[1]), text(paths[2]), text(paths[3])});
+        SignatureData{textOf(document, paths[0]), textOf(document, paths[1]), textOf(document, paths[2]),
+                      textOf(document, paths[3])});
+}
+
+std::optional<std::string> readKeyName(const tXmlBmmDocument& document) {
+    return textIfPresent(document, "n:KeyInfo/n:KeyName");
+}
+
+std::optional<std::string> readAlgorithm(const tXmlBmmDocument& document) {
+    std::optional<std::string> algorithm =
+        textIfPresent(document, "n:SignedInfo/n:SignatureMethod/@Algorithm");
+    if (algorithm && algorithm->starts_with(kSignatureNamespace)) {
+        algorithm->erase(0, std::strlen(kSignatureNamespace));
+    }
+    return algorithm;
+}
+
+bool isDigestOf(const SignatureData& data, const Digest& digest) {
+    int length = 0;
+    const MallocPtr<unsigned char> value(
+        base64Decode(data.digestValue.data(), static_cast<int>(data.digestValue.size()), &length));
+    return static_cast<size_t>(length) == digest.getSize() &&
+           std::memcmp(value.get(), digest.getValue(), digest.getSize()) == 0;
 }
 
 } // namespace brask

@@ -7,6 +7,7 @@
 #include "commons/xml/xml_document.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace brask {
@@ -26,8 +27,20 @@ struct SignatureData {
 std::string createSignatureDocument(const Digest& digest, const std::string& privateKey,
                                     const std::string& publicKey);
 
+/// Parses the text of a document and finds its root. Raises VerifyError when it isn't well-formed,
+/// tError_WrongDoc when its root is no signature.
+tXmlBmmDocument openSignatureDocument(const std::string& signature);
+
 /// Takes the texts out of a document whose root is set. Raises WrongSignatureDataError for the first element,
 /// in the order of the fields, that is missing or outside the namespace of XML signatures.
 std::shared_ptr<SignatureData> parseSignXml(const tXmlBmmDocument& document);
+
+/// Two statements of an opened document that verifying does not look at: the name of the signer's key, and
+/// the signature's algorithm, such as "rsa-sha1", without the namespace of XML signatures.
+std::optional<std::string> readKeyName(const tXmlBmmDocument& document);
+std::optional<std::string> readAlgorithm(const tXmlBmmDocument& document);
+
+/// Whether a document was made for this digest. Finishes the digest.
+bool isDigestOf(const SignatureData& data, const Digest& digest);
 
 } // namespace brask
