@@ -1,0 +1,7 @@
+// dumpsig verifies signed dumps anywhere, with nothing but the public key.
+
+#include "dumpsig/program.h"
+
+int main(int argc, char** argv) {
+    return dumpsig::run(argc, argv);
+}

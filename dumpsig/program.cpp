@@ -1,0 +1,48 @@
+#include "dumpsig/program.h"
+
+#include "dumpsig/commands.h"
+#include "dumpsig/output.h"
+#include "lib/process/lib/standard_streams.h"
+
+#include <openssl/crypto.h>
+
+#include <exception>
+
+namespace dumpsig {
+
+namespace {
+
+ExitCode dispatch(const CommandLine& call) {
+    switch (call.command) {
+    case Command::kVerify:
+        return verifyCommand(call);
+    case Command::kInfo:
+        return infoCommand(call);
+    case Command::kStrip:
+        return stripCommand(call);
+    case Command::kCat:
+        return catCommand(call);
+    case Command::kFingerprint:
+        return fingerprintCommand(call);
+    case Command::kShowText:
+        break;
+    }
+    writeToStandardOutput(call.text);
+    return kIntact;
+}
+
+} // namespace
+
+int run(int argc, const char* const* argv) {
+    // A configuration of OpenSSL can load code, and its path comes from the environment.
+    OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr);
+    try {
+        brask::reserveStandardStreams();
+        return dispatch(parseCommandLine(argc, argv));
+    } catch (const std::exception& e) {
+        complain(e.what());
+        return kUnknown;
+    }
+}
+
+} // namespace dumpsig

@@ -1,0 +1,35 @@
+#include "dumpsig/scan.h"
+
+#include "backup_sign_lib/dump_signature.h"
+#include "dumpsig/read_ahead.h"
+
+namespace dumpsig {
+
+std::optional<FoundDocument> findDocument(const Tail& tail) {
+    const std::size_t place = brask::findSignature(tail.bytes);
+    if (place == std::string::npos) {
+        return std::nullopt;
+    }
+    return FoundDocument{.text = tail.bytes.substr(place), .offset = tail.end - tail.bytes.size() + place};
+}
+
+std::optional<FoundDocument> scanDump(const Volumes& volumes, const Sink& content,
+                                      const ByteCounter& progress) {
+    // Only the last volume is searched, whatever the one before it ends with.
+    Window tail(brask::kSignatureTailRange, content);
+    std::uint64_t sizeOfLast = 0;
+    ReadAhead reader(volumes, progress);
+    while (const auto block = reader.next()) {
+        if (block->volume + 1 < volumes.size()) {
+            content(block->bytes);
+        } else {
+            tail.push(block->bytes);
+            sizeOfLast += block->bytes.size();
+        }
+    }
+    const std::optional<FoundDocument> document = findDocument({.bytes = tail.held(), .end = sizeOfLast});
+    tail.release(tail.held().size() - (document ? document->text.size() : 0));
+    return document;
+}
+
+} // namespace dumpsig

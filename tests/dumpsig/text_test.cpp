@@ -1,0 +1,60 @@
+#include "dumpsig/progress.h"
+#include "dumpsig/text_line.h"
+#include "dumpsig/window.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace dumpsig;
+
+TEST(TextLine, HasOneLineAndNothingThatATerminalObeys) {
+    EXPECT_EQ(oneLine("a\nb\r\nc\rd\n\r\n"), "a; b; c; d");
+    EXPECT_EQ(oneLine("\x1b[31m\x07\x7f\tx\xc2\x9b\xc2o\xc2\xa0\xff"), "?[31m??\tx?\xc2o\xc2\xa0\xff");
+    EXPECT_EQ(oneLine("\n"), "");
+}
+
+TEST(TextLine, ABadByteBecomesOneReplacement) {
+    const std::string bad = "\xEF\xBF\xBD";
+    const std::pair<std::string, std::string> cases[] = {
+        {"a\xc3\xa4\xe2\x82\xac\xf0\x9f\x98\x80", "a\xc3\xa4\xe2\x82\xac\xf0\x9f\x98\x80"},
+        {"\xff\xfe", bad + bad},
+        {"\xe2\x82", bad + bad},        // cut off
+        {"\xe2\x82z", bad + bad + "z"}, // broken off
+        {"\xc0\x80", bad + bad},        // a zero byte in disguise
+        {"\xe0\x80\xaf\xf0\x80\x80\xaf",
+         bad + bad + bad + bad + bad + bad + bad},             // too long for what they say
+        {"\xed\xa0\x80", bad + bad + bad},                     // half of a pair of UTF-16
+        {"\xf4\x90\x80\x80\xf5", bad + bad + bad + bad + bad}, // beyond the last character
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(toUtf8(text), expected);
+    }
+}
+
+TEST(Window, HoldsTheEndBackHoweverTheBytesCome) {
+    const std::string text = "0123456789";
+    for (std::size_t capacity = 0; capacity <= 12; ++capacity) {
+        for (std::size_t piece = 1; piece <= text.size(); ++piece) {
+            std::string passed;
+            Window window(capacity, [&](std::string_view bytes) { passed += bytes; });
+            for (std::size_t at = 0; at < text.size(); at += piece) {
+                window.push(std::string_view(text).substr(at, piece));
+            }
+            const std::size_t held = std::min(capacity, text.size());
+            EXPECT_EQ(passed, text.substr(0, text.size() - held)) << capacity << " " << piece;
+            EXPECT_EQ(window.held(), text.substr(text.size() - held));
+        }
+    }
+}
+
+TEST(Progress, TellsWhatIsKnown) {
+    constexpr std::uint64_t kGib = 1ULL << 30;
+    EXPECT_EQ(progressLine(3 * kGib, 4 * kGib, 2), "3.0 GiB of 4.0 GiB, 75%, 1.5 GiB/s, 0:01 left");
+    EXPECT_EQ(progressLine(kGib, 500 * kGib, 10), "1.0 GiB of 500.0 GiB, 0%, 102.4 MiB/s, 1:23:10 left");
+    EXPECT_EQ(progressLine(999, std::nullopt, 1), "999 B, 999 B/s");
+    EXPECT_EQ(progressLine(0, 1024 * 1024 - 1, 1), "0 B of 1.0 MiB, 0%, 0 B/s");
+    EXPECT_EQ(progressLine(20, 10, 1), "10 B of 10 B, 100%, 20 B/s, 0:00 left"); // it grew
+}
+
+} // namespace
