@@ -13,16 +13,6 @@
 class LibraryTest : public testing::Test {
 protected:
     test_support::TempDir dir;
-    const test_support::FixedParams params{{{"PRODUCT_ROOT_D", dir.path()}, {"BSAADM", "worker"}}};
+    const test_support::FixedParams params{{{"PRODUCT_ROOT_D", dir.path()}, {"BSAADM", "bsaadm"}}};
     test_support::RecordingLog log;
-};
-
-/// Tests of what needs root, who alone can give files away. Anybody else skips them.
-class RootTest : public LibraryTest {
-protected:
-    void SetUp() override {
-        if (geteuid() != 0) {
-            GTEST_SKIP() << "only root can give files away";
-        }
-    }
 };

@@ -1,5 +1,6 @@
 #include "commons/files/file_utils.h"
 #include "commons/run/profiling.h"
+#include "lib/process/lib/identity.h"
 #include "tests/commons/library_test.h"
 #include "tests/support/file_size_limit.h"
 #include "tests/support/scoped_env.h"
@@ -39,7 +40,7 @@ TEST(Names, AreThoseThatReadersOfTheFilesKnow) {
     EXPECT_EQ(objectTypeDisplayName("domain"), "domain");
 }
 
-class Profiling : public RootTest {
+class Profiling : public LibraryTest {
 protected:
     void profileCommand(std::vector<const char*> arguments) const {
         ProfilingContext context(path);
@@ -68,7 +69,7 @@ TEST_F(Profiling, ACommandLeavesItsStartAndItsFinishInAFileOfThePanelsGroup) {
                          "\"start\":\"TIME\",\"type\":\"operation\"}\n{\"attributes\":{},\"finish\":\"TIME\","
                          "\"guid\":\"GUID\",\"type\":\"operation\"}\n");
     EXPECT_EQ(statFile(path).st_mode & 07777, 0660U);
-    EXPECT_EQ(statFile(path).st_gid, 54330U);
+    EXPECT_EQ(statFile(path).st_gid, groupId("bsaadm"));
 }
 
 TEST_F(Profiling, AnAsynchronousRunLeavesMetricsWithASpeedOnceThereIsEnoughToMeasure) {

@@ -2,6 +2,7 @@
 #include "commons/run/xml_log.h"
 #include "commons/session.h"
 #include "commons/xml/xpath_expr.h"
+#include "lib/process/lib/identity.h"
 #include "tests/commons/library_test.h"
 #include "tests/support/xml_errors.h"
 
@@ -16,7 +17,7 @@ using testing::StartsWith;
 
 using Plain = ExTraceableBase<ExDefault>;
 
-class ExecutionLog : public RootTest {
+class ExecutionLog : public LibraryTest {
 protected:
     /// Compares the log with `expected`, in which severity and text of a simple message stand as
     /// {severity:text}.
@@ -120,7 +121,7 @@ TEST_F(ExecutionLog, TheRunIsWrittenAtItsEndForThePanelsAccountAndAnEarlierResul
     EXPECT_THAT(readFile(result),
                 testing::MatchesRegex("<execution-result status=.warnings.>\n  <message .*>\n"
                                       "    <description>1<.*>2</description>\n[^34]*"));
-    EXPECT_EQ(statFile(result).st_uid, 54321U);
+    EXPECT_EQ(statFile(result).st_uid, idOfUser("bsaadm", 0));
     EXPECT_THAT(log.lines,
                 testing::ElementsAre("=> example.com Restore domain", testing::_, "1", "2", "3", "4"));
 
