@@ -14,10 +14,16 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Raises a Failure that reads "Can't `action`: " and the text of the current errno.
+/// A Failure of the system, which may be over in a moment.
+class SystemFailure final : public Failure {
+public:
+    using Failure::Failure;
+};
+
+/// Raises a SystemFailure that reads "Can't `action`: " and the text of the current errno.
 [[noreturn]] inline void failSystemCall(const std::string& action) {
     const int code = errno;
-    throw Failure("Can't " + action + ": " + std::strerror(code));
+    throw SystemFailure("Can't " + action + ": " + std::strerror(code));
 }
 
 } // namespace backup_restore_helper

@@ -1,70 +1,29 @@
 #include "product/backup_restore_helper/key_store.h"
 
-#include "product/backup_restore_helper/descriptor.h"
+#include "product/backup_restore_helper/archive_name.h"
 #include "product/backup_restore_helper/failure.h"
 
+#include <algorithm>
+#include <filesystem>
+
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 
 namespace backup_restore_helper {
 
 namespace {
 
-constexpr const char* pairName = "pair.pem";
-constexpr const char* newPairName = "pair.pem.new";
+constexpr const char* currentName = "pair.pem";
+constexpr const char* newName = "pair.pem.new";
+constexpr const char* copyName = "pair.pem.copy";
 constexpr const char* lockName = "lock";
 
-bool isCutShort(std::string_view pair) {
-    if (!pair.starts_with("-----BEGIN ")) {
-        return false;
-    }
-    pair = pair.substr(0, pair.find_last_not_of('\n') + 1);
-    const std::string_view lastLine = pair.substr(pair.rfind('\n') + 1);
-    return !lastLine.starts_with("-----END ") || !lastLine.ends_with("-----");
-}
-
-/// What is wrong with `pair`, as the rest of a sentence about it, or null.
-const char* findFault(std::string_view pair) {
-    if (pair.empty()) {
-        return "is empty";
-    }
-    if (pair.size() > KeyStore::maxPairSize) {
-        return "is longer than 65536 bytes";
-    }
-    if (pair.find('\0') != std::string_view::npos) {
-        return "holds a zero byte";
-    }
-    const size_t separator = pair.find("\n\n");
-    if (separator == std::string_view::npos || separator == 0 ||
-        pair.find_first_not_of('\n', separator) == std::string_view::npos) {
-        return "is not two keys with two line feeds between them";
-    }
-    return isCutShort(pair) ? "is cut short" : nullptr;
-}
-
-void syncToDisk(int fd, const std::string& name) {
-    if (fsync(fd) != 0) {
-        failSystemCall("bring " + name + " to the disk");
-    }
-}
-
-void lock(int fd, const std::string& name) {
-    if (fd < 0 || TEMP_FAILURE_RETRY(flock(fd, LOCK_EX)) != 0) {
-        failSystemCall("lock " + name);
-    }
-}
-
-} // namespace
-
-KeyStore::KeyStore(std::string folder) : folder(std::move(folder)) {}
-
-std::string KeyStore::load() const {
-    const std::string path = inFolder(pairName);
+/// The content of a regular file, up to one byte more than a pair may have.
+std::string readRegularFile(const std::string& path) {
     // Without O_NONBLOCK, a FIFO of that name would hold the caller up for ever.
-    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file.isOpen() && errno == ENOENT) {
-        throw Failure("No key pair is stored in " + folder);
+        throw Failure("No key pair is stored as " + path);
     }
 
     struct stat status {};
@@ -75,67 +34,171 @@ std::string KeyStore::load() const {
     if (!S_ISREG(status.st_mode)) {
         throw Failure(path + " is not a regular file");
     }
-    std::string pair = readAtMost(file.get(), maxPairSize + 1, path);
-    if (const char* fault = findFault(pair)) {
-        throw Failure("The key pair in " + path + " " + fault);
-    }
-    return pair;
+    return readAtMost(file.get(), KeyPair::maxSize + 1, path);
 }
 
-void KeyStore::store(std::string_view pair) const {
-    if (const char* fault = findFault(pair)) {
-        throw Failure(std::string("The new key pair ") + fault);
-    }
-    makeFolder();
-    const Descriptor folderFile(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW));
-    if (!folderFile.isOpen()) {
-        failSystemCall("open " + folder);
-    }
-    const Descriptor lockFile(
-        openat(folderFile.get(), lockName, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
-    lock(lockFile.get(), inFolder(lockName));
+/// Copies what stands behind the link `currentName`. False if it can't be read, or is too long to be a pair.
+bool copyCurrent(const Folder& folder) {
+    struct stat status {};
 
     try {
-        writeNewFile(folderFile.get(), pair);
-        if (renameat(folderFile.get(), newPairName, folderFile.get(), pairName) != 0) {
-            failSystemCall("replace " + inFolder(pairName));
+        const std::string content = readRegularFile(folder.pathOf(currentName));
+        if (content.size() > KeyPair::maxSize || fstatat(folder.get(), currentName, &status, 0) != 0) {
+            return false;
         }
+        folder.write(copyName, content, S_IRUSR | S_IWUSR);
     } catch (const Failure&) {
-        unlinkat(folderFile.get(), newPairName, 0);
-        throw;
+        return false;
     }
-    syncToDisk(folderFile.get(), folder);
+    const timespec times[] = {status.st_atim, status.st_mtim};
+    return utimensat(folder.get(), copyName, times, 0) == 0;
+}
+
+void linkIntoArchive(const Folder& folder, const char* name) {
+    auto now = std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now());
+    while (linkat(folder.get(), name, folder.get(), archiveName(now).c_str(), 0) != 0) {
+        if (errno != EEXIST) {
+            failSystemCall("keep " + folder.pathOf(name) + " as " + archiveName(now));
+        }
+        ++now;
+    }
+}
+
+/// Gives the current pair an archive's name as well. It is not read for that, so it is kept in whatever state
+/// it is. Only a link's target is copied, as it is beyond the store's reach, and the link itself kept where
+/// that fails.
+void archiveCurrent(const Folder& folder) {
+    struct stat status {};
+
+    if (fstatat(folder.get(), currentName, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno == ENOENT) {
+            return;
+        }
+        failSystemCall("look at " + folder.pathOf(currentName));
+    }
+    if (S_ISREG(status.st_mode) && fchmodat(folder.get(), currentName, S_IRUSR | S_IWUSR, 0) != 0) {
+        failSystemCall("change the mode of " + folder.pathOf(currentName));
+    }
+    const bool isCopied = S_ISLNK(status.st_mode) && copyCurrent(folder);
+    linkIntoArchive(folder, isCopied ? copyName : currentName);
+    folder.removeIfThere(copyName);
+}
+
+/// What a killed or failed writer has left.
+void removeTemporaries(const Folder& folder) {
+    folder.removeIfThere(newName);
+    folder.removeIfThere(copyName);
+}
+
+/// When the file, or else the link that leads nowhere, was written.
+time_t writeTime(const std::string& path) {
+    struct stat status {};
+
+    if (stat(path.c_str(), &status) != 0 && lstat(path.c_str(), &status) != 0) {
+        failSystemCall("look at " + path);
+    }
+    return status.st_mtim.tv_sec;
+}
+
+} // namespace
+
+KeyStore::KeyStore(std::string path) : path(std::move(path)) {}
+
+KeyPair KeyStore::load() const {
+    constexpr int attempts = 3;
+    constexpr useconds_t pause = 50000;
+    for (int attempt = 1;; ++attempt) {
+        try {
+            return parse(currentName);
+        } catch (const SystemFailure&) {
+            if (attempt == attempts) {
+                throw;
+            }
+        }
+        usleep(pause);
+    }
+}
+
+void KeyStore::store(std::string_view text) const {
+    parseKeyPair(text, "The new key pair");
+    replaceCurrent(text);
+}
+
+void KeyStore::restore(const std::string& name) const {
+    if (!isArchiveName(name)) {
+        throw Failure(name + " is not the name of an archived key pair");
+    }
+    const std::string text = readRegularFile(pathOf(name));
+    parseKeyPair(text, pathOf(name));
+    replaceCurrent(text);
+}
+
+std::vector<KeyStore::Entry> KeyStore::list() const {
+    std::vector<std::string> names;
+    if (std::filesystem::exists(path)) {
+        for (const auto& file : std::filesystem::directory_iterator(path)) {
+            names.push_back(file.path().filename());
+        }
+    }
+    std::erase_if(names, [](const auto& name) { return name != currentName && !isArchiveName(name); });
+    std::sort(names.begin(), names.end(), std::greater<>());
+    // Each archive's name begins with the current pair's, which thus came out last.
+    if (!names.empty() && names.back() == currentName) {
+        std::rotate(names.begin(), names.end() - 1, names.end());
+    }
+    std::vector<Entry> entries;
+    for (const std::string& name : names) {
+        entries.push_back(describe(name));
+    }
+    return entries;
+}
+
+FolderLock KeyStore::lock() const {
+    return FolderLock(Folder(path), lockName);
+}
+
+KeyPair KeyStore::parse(const std::string& name) const {
+    return parseKeyPair(readRegularFile(pathOf(name)), pathOf(name));
+}
+
+KeyStore::Entry KeyStore::describe(const std::string& name) const {
+    Entry entry{name, name == currentName, writeTime(pathOf(name)), std::nullopt};
+    try {
+        entry.pair = parse(name);
+    } catch (const Failure&) {
+        // What can't be used is listed all the same: it may be mended by hand.
+    }
+    return entry;
 }
 
 void KeyStore::makeFolder() const {
-    if (mkdir(folder.c_str(), S_IRWXU) != 0) {
-        if (errno != EEXIST) {
-            failSystemCall("make " + folder);
-        }
-        return;
-    }
-    const std::string parent = folder.substr(0, folder.rfind('/') + 1);
-    const Descriptor parentFile(open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    syncToDisk(parentFile.get(), parent);
-}
-
-void KeyStore::writeNewFile(int folderFd, std::string_view pair) const {
-    const std::string path = inFolder(newPairName);
-    // Under the lock a file of this name can only be what a killed writer left.
-    if (unlinkat(folderFd, newPairName, 0) != 0 && errno != ENOENT) {
-        failSystemCall("remove " + path);
-    }
-    const Descriptor file(openat(folderFd, newPairName, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW,
-                                 S_IRUSR | S_IWUSR));
-    if (!file.isOpen()) {
+    if (mkdir(path.c_str(), S_IRWXU) == 0) {
+        Folder(path.substr(0, path.rfind('/') + 1)).sync();
+    } else if (errno != EEXIST) {
         failSystemCall("make " + path);
     }
-    writeAll(file.get(), pair, path);
-    syncToDisk(file.get(), path);
 }
 
-std::string KeyStore::inFolder(const char* name) const {
-    return folder + "/" + name;
+void KeyStore::replaceCurrent(std::string_view text) const {
+    makeFolder();
+    const Folder folder(path);
+    const FolderLock lock(folder, lockName);
+    removeTemporaries(folder);
+    try {
+        folder.write(newName, text, S_IRUSR | S_IWUSR);
+        archiveCurrent(folder);
+        // The archive is on the disk before the current pair's own name is given to another.
+        folder.sync();
+        folder.rename(newName, currentName);
+    } catch (const Failure&) {
+        removeTemporaries(folder);
+        throw;
+    }
+    folder.sync();
+}
+
+std::string KeyStore::pathOf(const std::string& name) const {
+    return path + "/" + name;
 }
 
 } // namespace backup_restore_helper

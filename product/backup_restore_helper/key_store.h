@@ -1,39 +1,65 @@
 #pragma once
 
+#include "product/backup_restore_helper/folder.h"
+#include "product/backup_restore_helper/key_pair.h"
+
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include <time.h>
 
 namespace backup_restore_helper {
 
-/// The server's key pair on disk: one file of mode 0600 in a folder of mode 0700.
+/// The server's key pair on disk, and the pairs that it has replaced: one file of mode 0600 each, in a folder
+/// of mode 0700.
 ///
-/// The file is only ever replaced whole, by a rename, so a reader needs no lock and sees either the old pair
-/// or the new one, also when a writer is killed or the machine stops. Writers take turns through a lock file.
-///
-/// A pair is the private key's text, two line feeds and the public key's text. Nothing more is asked of it,
-/// except that a pair which begins as PEM must also end as PEM: a caller that dies in the middle of handing
-/// over a new pair must not cost the server its old one.
+/// The current pair is only ever replaced whole, by a rename, and never before the one that it replaces is
+/// on the disk under an archive's name. So a reader needs no lock and sees either the old pair or the new
+/// one, also when a writer is killed or the machine stops. Nothing that was current is ever removed, read or
+/// unreadable. Writers take turns through a lock file.
 class KeyStore final {
 public:
-    static constexpr size_t maxPairSize = 65536;
+    struct Entry {
+        std::string name;
+        bool isCurrent;
+        /// Since when the pair is, or was, the current one.
+        time_t since;
+        /// Nothing when the file holds no pair, or can't be read.
+        std::optional<KeyPair> pair;
+    };
 
-    /// `folder` is made by the first `store`; the folder that it stands in must exist.
-    explicit KeyStore(std::string folder);
+    /// `path` is made by the first writer; the folder that it stands in must exist.
+    explicit KeyStore(std::string path);
 
-    /// The stored pair, byte for byte. Raises Failure when there is none, or none that can be read or used.
-    std::string load() const;
+    /// The current pair, also from behind a symbolic link. Raises Failure when there is none, or none that
+    /// can be read and used. What may be over in a moment is waited for, for a tenth of a second: the caller
+    /// takes a failure for the loss of the pair, and makes a new one.
+    KeyPair load() const;
 
-    /// Replaces the stored pair. Raises Failure when `pair` is not one, or when it could not be stored; the
-    /// old pair then stands as it was, unless it was only the last step, bringing the folder to the disk,
-    /// that failed.
-    void store(std::string_view pair) const;
+    /// Makes `text` the current pair, byte for byte. Raises Failure when it is no pair, or can't be stored,
+    /// or the present one can't be kept; the present pair then stays current, unless it was only the last
+    /// step, bringing the folder to the disk, that failed.
+    void store(std::string_view text) const;
+
+    /// Makes the archived pair of this name the current one, as `store` does; it stays in the archive.
+    void restore(const std::string& name) const;
+
+    /// The current pair, if any, and then the archived ones, the last one replaced first.
+    std::vector<Entry> list() const;
+
+    /// Keeps all writers out. Raises Failure when there is no store.
+    FolderLock lock() const;
 
 private:
+    KeyPair parse(const std::string& name) const;
+    Entry describe(const std::string& name) const;
     void makeFolder() const;
-    void writeNewFile(int folderFd, std::string_view pair) const;
-    std::string inFolder(const char* name) const;
+    void replaceCurrent(std::string_view text) const;
+    std::string pathOf(const std::string& name) const;
 
-    const std::string folder;
+    const std::string path;
 };
 
 } // namespace backup_restore_helper
