@@ -12,27 +12,54 @@ namespace fs = std::filesystem;
 TEST(LibxmlProxy, TellsBadSchemasDocumentsAndArgumentsApart) {
     const TempDir folder;
     const std::string schema =
-        "<schema xmlns='http://www.w3.org/2001/XMLSchema'><element name='n'/></schema>";
+        "<schema xmlns='http://www.w3.org/2001/XMLSchema'><element name='n' type='int'/></schema>";
+    const std::string including =
+        "<schema xmlns='http://www.w3.org/2001/XMLSchema'><include schemaLocation='%'/></schema>";
     std::vector<std::tuple<std::string, std::string, int, std::string>> cases = {
-        {"invalid", "s", 1, "No matching global declaration"}, {"malformed", "s", 1, "Premature end of data"},
-        {"missing", "s", 1, "cannot be read: ./missing"},      {"invalid", "invalid", 11, "invalid"},
-        {"malformed", "malformed", 11, "malformed"},           {"", "s", 2, "--xml-file="},
+        {"invalid", "s", 1, "invalid:1: Element 'm': No matching global declaration"},
+        {"malformed", "s", 1, "Premature end of data"},
+        {"missing", "s", 1, "The document cannot be read: ./missing"},
+        {".", "s", 1, "The document cannot be read: ./."},
+        {"n", "missing", 11, "The schema cannot be read: ./missing"},
+        {"invalid", "invalid", 11, "not a schema document"},
+        {"malformed", "malformed", 11, "Premature end of data"},
+        {"", "s", 2, "--xml-file= names no file"},
+        {"n", "", 2, "--xsd-file= names no file"},
+        {"internal", "s", 0, ""},
+        {"external", "s", 1, "External entities are not fetched: n"},
+        {"network", "s", 1, "External entities are not fetched: http://localhost/"},
+        {"parameter", "s", 1, "External entities are not fetched: entity"},
+        {"unfetched", "s", 0, ""},
+        {"n", "local", 0, ""},
+        {"n", "remote", 11, "Attempt to load network entity"},
+        {"n", "external", 11, "External entities are not fetched: n"},
     };
     folder.write("s", schema);
+    folder.write("local", std::string(including).replace(including.find('%'), 1, "s"));
+    folder.write("remote", std::string(including).replace(including.find('%'), 1, "http://localhost/s"));
+    folder.write("n", "1");
+    folder.write("entity", "<!ENTITY e '1'>");
     folder.write("invalid", "<m/>");
     folder.write("malformed", "<n>1");
-    for (const std::string name : {"-", "--noout", "a b\n", "a%20#", "http:", "*$(x)'\"", "\xc3\xa9"}) {
+    folder.write("internal", "<!DOCTYPE n [<!ENTITY e '1'>]><n>&e;</n>");
+    folder.write("external", "<!DOCTYPE n [<!ENTITY e SYSTEM 'n'>]><n>&e;</n>");
+    folder.write("network", "<!DOCTYPE n [<!ENTITY e SYSTEM 'http://localhost/'>]><n>1&e;</n>");
+    folder.write("parameter", "<!DOCTYPE n [<!ENTITY % e SYSTEM 'entity'> %e;]><n>&e;</n>");
+    folder.write("unfetched", "<!DOCTYPE n SYSTEM 'http://localhost/' [<!ENTITY e SYSTEM 'n'>]><n>1</n>");
+    for (const std::string name : {"-", "--noout", "a b\n", "a%20#", "http:", "*$(x)'\"", "\xc3\xa9", "n"}) {
         folder.write(name, "<n>1</n>");
         folder.write(name + ".xsd", schema);
         cases.emplace_back(name, name + ".xsd", 0, "");
     }
     for (const auto& [document, xsd, status, reason] : cases) {
         const ProgramResult result =
-            runProgram({"/usr/bin/env", "-C", folder.path(), PRODUCT_SOURCES "/admin/sbin/libxml-proxy",
-                        "--validate-xml", "--xml-file=" + document, "--xsd-file=" + xsd});
+            runProgram({"/usr/bin/env", "-C", folder.path(), LIBXML_PROXY, "--validate-xml",
+                        "--xml-file=" + document, "--xsd-file=" + xsd});
         EXPECT_EQ(result.status, status) << document << " " << xsd << " " << result.out;
-        EXPECT_THAT(result.out, testing::HasSubstr(reason));
+        EXPECT_THAT(result.out, testing::HasSubstr(reason)) << document << " " << xsd;
+        EXPECT_EQ(result.out.empty(), status == 0) << result.out;
     }
+    EXPECT_EQ(runProgram({LIBXML_PROXY, "--validate-xml", "--xml=n"}).out, "Unknown argument: --xml=n\n");
 }
 
 TEST(SendErrorReport, KeepsTheLatestHundredReportsAndRefusesWhatIsNone) {
@@ -57,6 +84,10 @@ TEST(SendErrorReport, KeepsTheLatestHundredReportsAndRefusesWhatIsNone) {
         EXPECT_EQ(result.status, reason.empty() ? 0 : 1) << reason;
         EXPECT_EQ(result.out, reason.empty() ? "" : "The error report is not taken: " + reason + "\n");
     }
+    std::string bare = readFile(script);
+    root.write("no-programs", bare.insert(bare.find("\nexport PATH"), "\nPATH=/nowhere"));
+    EXPECT_EQ(runProgram({"/bin/sh", root.path("no-programs"), "bmm"}, {}, report).out,
+              "The error report is not taken: xmllint is not installed\n");
     std::set<std::string> files;
     for (const auto& entry : fs::directory_iterator(spool)) {
         files.insert(entry.path());
