@@ -1,6 +1,5 @@
 #include "backup_sign/command_line.h"
 
-#include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/trim.hpp>
 #include <boost/program_options/parsers.hpp>
 #include <boost/program_options/value_semantic.hpp>
@@ -69,7 +68,7 @@ std::pair<std::string, std::string> parseBareCommand(const std::string& token) {
 }
 
 std::vector<po::option> parseDeprecatedCommand(std::vector<std::string>& tokens) {
-    const std::string command = boost::trim_right_copy_if(tokens.at(0), boost::is_any_of("-"));
+    const std::string command = boost::trim_right_copy_if(tokens.at(0), [](char c) { return c == '-'; });
     if (command != "sign" && command != "verify") {
         return {};
     }

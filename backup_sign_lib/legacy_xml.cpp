@@ -25,6 +25,7 @@ using Stream = std::unique_ptr<FILE, StreamCloser>;
 void copyAll(FILE* from, FILE* to) {
     std::array<char, 4096> buffer;
     while (std::feof(from) == 0) {
+        // After an error comes what can still be read, or nothing. NOLINTNEXTLINE(clang-analyzer-unix.Stream)
         const size_t count = std::fread(buffer.data(), 1, buffer.size(), from);
         if (count == 0) {
             break;

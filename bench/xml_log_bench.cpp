@@ -19,7 +19,7 @@ const ExTraceableBase<ExDefault> kMessage("", "Unable to back up the mail of the
 /// One log after another, in a session of its own. Making and writing them stays out of the figures.
 class Run {
 public:
-    XmlLog& log() { return *xml; }
+    XmlLog& log() { return xml.value(); }
 
     /// Ends the log, and begins another. Returns the file that was written; the next call replaces it.
     std::string startAfresh() {

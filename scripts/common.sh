@@ -24,6 +24,14 @@ quietly() {
     }
 }
 
+# newest TOOL: the newest installed version, 16 or later, of a tool of clang.
+newest() {
+    local tool
+    tool=$(compgen -c "$1-" | grep -xE "$1-(1[6-9]|[2-9][0-9])" | sort -V | tail -n 1)
+    [[ -n $tool ]] || die "there is no $1, version 16 or later; scripts/setup --tools installs it"
+    printf '%s' "$tool"
+}
+
 # configure PRESET: runs CMake if the build folder isn't ready, or was configured somewhere else and then moved here.
 # Later changes of CMake files are the build's own business.
 configure() {

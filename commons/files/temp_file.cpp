@@ -1,14 +1,15 @@
 #include "commons/files/temp_file.h"
 
+#include "commons/errors/format.h"
 #include "commons/panel/param_source.h"
 #include "commons/panel/product_paths.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
 #include <fcntl.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 namespace brask {
@@ -77,7 +78,7 @@ std::string BMM_getTempFileName(const std::string& dir, const std::string& name,
 std::pair<std::string, int> BMM_getTempFileAt(const std::string& dirPath, int dirFd,
                                               const std::string& name) {
     while (true) {
-        const std::string filename = "bmm-" + name + "-" + randomCharacters();
+        const std::string filename = fmtlib::format("bmm-{}-{}", name, randomCharacters());
         const int fd = openat(dirFd, filename.c_str(), O_RDWR | O_CREAT | O_EXCL, 0600);
         if (fd >= 0) {
             return {filename, fd};

@@ -1,5 +1,6 @@
 #include "commons/panel/settings_parser.h"
 
+#include "commons/errors/format.h"
 #include "commons/errors/system_error.h"
 
 #include <boost/algorithm/string/join.hpp>
@@ -226,7 +227,7 @@ std::string settingsToString(const SettingsMap& values) {
     std::vector<std::string> lines;
     lines.reserve(values.size());
     for (const auto& [key, value] : values) {
-        lines.push_back(key + "=" + value);
+        lines.push_back(fmtlib::format("{}={}", key, value));
     }
     return boost::algorithm::join(lines, "\n");
 }

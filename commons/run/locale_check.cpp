@@ -3,9 +3,8 @@
 #include "commons/log/log_facade.h"
 
 #include <clocale>
+#include <cstdlib>
 #include <string>
-
-#include <stdlib.h>
 
 namespace brask {
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <map>
+#include <utility>
 
 namespace brask {
 
@@ -42,7 +43,7 @@ constexpr std::array<const char*, 28> kDisplayNames{
 } // namespace
 
 std::string objectDisplayName(int id) {
-    const bool known = id > 0 && id < static_cast<int>(kDisplayNames.size());
+    const bool known = id > 0 && std::cmp_less(id, kDisplayNames.size());
     return kDisplayNames.at(known ? static_cast<std::size_t>(id) : 0);
 }
 

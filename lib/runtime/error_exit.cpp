@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace brask {
 
@@ -31,7 +32,7 @@ __attribute__((format(printf, 2, 0))) void appendV(MessageBuffer& buffer, const 
             buffer.data[buffer.length] = '\0';
             return;
         }
-        if (static_cast<size_t>(needed) < room) {
+        if (std::cmp_less(needed, room)) {
             buffer.length += needed;
             return;
         }

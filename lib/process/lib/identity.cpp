@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include <pwd.h>
@@ -24,8 +25,7 @@ const char* errorTextOr(const char* textWithoutError) {
 }
 
 struct group* findGroupOfId(const char* digits) {
-    unsigned gid = 0;
-    sscanf(digits, "%u", &gid);
+    const auto gid = static_cast<gid_t>(strtoul(digits, nullptr, 10));
     struct group* found = getgrgid(gid);
     if (found == nullptr) {
         logWrite(kLookUpLevel, "getgrgid(%u): %s", gid, errorTextOr("Group not found"));

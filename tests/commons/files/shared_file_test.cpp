@@ -43,7 +43,8 @@ protected:
 TEST_F(SharedFileTest, SixteenProcessesLeaveEveryRecordWholeThoughOthersAreKilled) {
     std::map<int, pid_t> children;
     for (int writer = 0; writer < 20; ++writer) {
-        if ((children[writer] = fork()) == 0) {
+        children[writer] = fork();
+        if (children[writer] == 0) {
             writeRecords(path, writer, writer >= 16);
         }
     }
@@ -59,8 +60,9 @@ TEST_F(SharedFileTest, SixteenProcessesLeaveEveryRecordWholeThoughOthersAreKille
     int torn = 0;
     std::ifstream lines(path);
     for (std::string line; std::getline(lines, line);) {
-        int& count = counts[std::atoi(line.c_str())];
-        line == record(std::atoi(line.c_str()), count % kRecords) ? ++count : ++torn;
+        const auto writer = static_cast<int>(std::strtol(line.c_str(), nullptr, 10));
+        int& count = counts[writer];
+        line == record(writer, count % kRecords) ? ++count : ++torn;
     }
     // A write that crosses from one page of the file to the next can be cut in two there by a kill.
     EXPECT_LE(torn, 4);

@@ -64,7 +64,7 @@ TEST_F(DebugLogTest, AFileThatTheLogMakesIsNeverSomebodyElses) {
     const std::string log = session->getLogFile();
     fs::create_directories(dir.path("BMM"));
     mkfifo(dir.path("BMM/log4cpp.properties").c_str(), 0600);
-    for (const std::string target : {"nowhere", dir.write("secret", "s").c_str()}) {
+    for (const std::string& target : {std::string("nowhere"), dir.write("secret", "s")}) {
         const auto outcome = inChild([&] {
             if (fork() == 0) {
                 std::ofstream properties(dir.path("BMM/log4cpp.properties")); // waits for the reader
@@ -92,7 +92,7 @@ TEST_F(DebugLogTest, NobodyElseReadsWhatItWritesAndALogThatIsNotUsedVanishes) {
         {shipped, "640 640 - -"},
         {shippedWith("(appender\\.[A-Z0-9]+)=FileAppender", "$1=RollingFileAppender\n$1.maxFileSize=1"),
          "640 640 640 640"},
-        {shippedWith("\\$\\{LOG_FILE_NAME\\}", dir.path("other")), "- 640 - -"},
+        {shippedWith(R"(\$\{LOG_FILE_NAME\})", dir.path("other")), "- 640 - -"},
         {"rootCategory=INFO,NONE\n" + shipped, "- 640 - -"},
     };
     for (const auto& [text, modes] : cases) {
@@ -136,7 +136,7 @@ TEST_F(Session, ANewDirectoryItsParentsAndItsLogBelongToTheAdministrators) {
 
     const std::string old = dir.write("old.log", "old");
     fs::permissions(old, fs::perms(0604));
-    SessionLogFile{old};
+    { const SessionLogFile untouched(old); }
     EXPECT_EQ(owner(old), std::to_string(getegid()) + " 604") << "a log that was there stays as it is";
 }
 

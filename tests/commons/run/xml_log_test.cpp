@@ -25,7 +25,7 @@ protected:
         std::ostringstream out;
         tXmlDocument(xml).saveToStream(out, nullptr);
         const std::regex simple(
-            "<message code=\"\" severity=.(\\w+).><desc[a-z]*>([^<]*)</description></message>");
+            R"(<message code="" severity=.(\w+).><desc[a-z]*>([^<]*)</description></message>)");
         EXPECT_EQ(std::regex_replace(out.str(), simple, "{$1:$2}"),
                   "<?xml version=\"1.0\"?>\n<execution-result>" + expected + "</execution-result>\n");
     }
