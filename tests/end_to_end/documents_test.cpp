@@ -1,0 +1,80 @@
+#include "tests/end_to_end/tool_fixture.h"
+
+#include <gmock/gmock.h>
+
+#include <sstream>
+
+namespace {
+
+using namespace end_to_end;
+using test_support::readFile;
+
+/// The commands of a document: its fenced blocks of shell, one after another.
+std::string commandsOf(const std::string& document) {
+    std::istringstream text(readFile(REPOSITORY "/docs/" + document));
+    std::string commands;
+    bool inBlock = false;
+    for (std::string line; std::getline(text, line);) {
+        if (line.starts_with("```")) {
+            inBlock = line == "```sh";
+        } else if (inBlock) {
+            commands += line + "\n";
+        }
+    }
+    return commands;
+}
+
+class DocumentsTest : public ToolTest {
+protected:
+    DocumentsTest() {
+        for (const char* volume : {"dump.1", "dump.2", "dump.3"}) {
+            dir.write(volume, volume + std::string(5000, '\n'));
+        }
+        expectSilentSuccess({"--sign-dump", dir.path("dump.1"), dir.path("dump.2"), dir.path("dump.3")});
+        std::filesystem::copy(productPath("admin/htdocs/bu_pubkey.txt"), dir.path("bu_pubkey.txt"));
+    }
+};
+
+TEST_F(DocumentsTest, TheStepsWithStockToolsVerifyADumpAndGiveItBack) {
+    const std::string out = shell("cd \"$1\"\n" + commandsOf("signed-dump.md"), {dir.path("")});
+    const std::string digest = out.substr(0, out.find('\n') + 1);
+    EXPECT_EQ(out, digest + digest + "Verified OK\n");
+    EXPECT_EQ(digest.size(), 29U);
+    EXPECT_EQ(readFile(dir.path("dump.3")), "dump.3" + std::string(5000, '\n'));
+    EXPECT_EQ(readFile(dir.path("dump.3.unsigned")), readFile(dir.path("dump.3")));
+}
+
+TEST_F(DocumentsTest, VerifyIndependentlySaysWhatTheToolSays) {
+    struct {
+        const char* preparation;
+        const char* arguments;
+        int status;
+        const char* verdict;
+    } const cases[] = {
+        {":", "-k bu_pubkey.txt dump.1 dump.2 dump.3", 0, "intact\n"},
+        {"openssl rsa -RSAPublicKey_in -in bu_pubkey.txt -pubout -out spki", "-k spki dump.1 dump.2 dump.3",
+         0, "intact\n"},
+        {":", "-k bu_pubkey.txt dump.2 dump.1 dump.3", 1, "Digest is wrong\n"},
+        {":", "-k bu_pubkey.txt dump.1", 1, "Dump is not signed\n"},
+        {"openssl genrsa 1024 | openssl rsa -pubout -out other", "-k other dump.1 dump.2 dump.3", 1,
+         "Signature is wrong\n"},
+        {"printf '\\0x' >>dump.3", "-k bu_pubkey.txt dump.1 dump.2 dump.3", 1,
+         "Unable to parse the signature\n"},
+        {"echo '<Signature xmlns=\"\"/>' >bare", "-k bu_pubkey.txt bare", 1,
+         "Unable to parse the signature\n"},
+        {":", "-k dump.1 dump.1 dump.2 dump.3", 2, ""},
+        {":", "-k bu_pubkey.txt dump.1 absent", 2, ""},
+    };
+
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.arguments);
+        shell("cd \"$1\" && { " + std::string(row.preparation) + "; } 2>/dev/null", {dir.path("")});
+        const Outcome outcome =
+            runProgram({"/bin/sh", "-c", "cd \"$1\" && exec \"$0\" " + std::string(row.arguments),
+                        REPOSITORY "/scripts/verify-independently", dir.path("")});
+        EXPECT_EQ(outcome.out, row.verdict);
+        EXPECT_EQ(outcome.status, row.status);
+    }
+}
+
+} // namespace
