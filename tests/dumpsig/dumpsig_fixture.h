@@ -1,0 +1,82 @@
+#pragma once
+
+#include "backup_sign_lib/dump_signature.h"
+#include "backup_sign_lib/rsa_keys.h"
+#include "tests/end_to_end/tool_fixture.h"
+
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+
+namespace dumpsig_test {
+
+using end_to_end::Outcome;
+
+/// What a command line, run by the shell among the files of the test, must do. In the patterns "*" stands for
+/// anything.
+struct Row {
+    const char* script;
+    int status;
+    const char* out;
+    const char* err;
+};
+
+inline bool matches(std::string_view text, std::string_view pattern) {
+    const std::size_t star = pattern.find('*');
+    if (star == std::string_view::npos) {
+        return text == pattern;
+    }
+    if (!text.starts_with(pattern.substr(0, star))) {
+        return false;
+    }
+    pattern.remove_prefix(star + 1);
+    for (std::size_t at = star; at <= text.size(); ++at) {
+        if (matches(text.substr(at), pattern)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// A dump of three volumes, v1 to v3, and all of it as one, with the key that signed it in server.pub, as a
+/// server publishes it, and another key in other.pub.
+class DumpsigTest : public testing::Test {
+protected:
+    DumpsigTest() {
+        dir.write("server.pub", "Public key of this host\n\n" + keys.second + "\n");
+        sign({dir.write("v1", std::string(700'000, 'a')), dir.write("v2", ""), dir.write("v3", "tail\n")});
+        run("cat v1 v2 v3 >all; cat v1 v2 >content; echo tail >>content\n"
+            "openssl genrsa -out private.pem 2048 2>&-; openssl rsa -in private.pem -pubout -out other.pub "
+            "2>&-");
+    }
+
+    void sign(const std::vector<std::string>& volumes) const {
+        brask::signDumpFile(volumes, keys.first, keys.second);
+    }
+
+    /// Runs a script in the test's folder, with the built program before all others.
+    Outcome run(const std::string& script) const {
+        return end_to_end::runProgram({"/bin/sh", "-c", "cd \"$1\"\n" + script, "sh", dir.path()},
+                                      {{"PATH", DUMPSIG_FOLDER ":" + std::string(std::getenv("PATH"))}});
+    }
+
+    template <std::size_t N>
+    void expectRows(const Row (&rows)[N]) const {
+        for (const Row& row : rows) {
+            const Outcome outcome = run(row.script);
+            EXPECT_TRUE(outcome.status == row.status && matches(outcome.out, row.out) &&
+                        matches(outcome.err, row.err))
+                << row.script << "\nexit code " << outcome.status << ", wanted " << row.status << "\n"
+                << outcome.out << "--- wanted\n"
+                << row.out << "--- standard error\n"
+                << outcome.err;
+        }
+    }
+
+    test_support::TempDir dir;
+
+private:
+    const std::pair<std::string, std::string> keys = brask::generateServerKeypair();
+};
+
+} // namespace dumpsig_test
