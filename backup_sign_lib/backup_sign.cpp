@@ -2,6 +2,7 @@
 
 #include "backup_sign_lib/dump_signature.h"
 #include "backup_sign_lib/legacy_xml.h"
+#include "backup_sign_lib/private_key_text.h"
 #include "backup_sign_lib/rsa_keys.h"
 #include "backup_sign_lib/sign_errors.h"
 #include "backup_sign_lib/signature_document.h"
@@ -36,9 +37,10 @@ public:
     }
 };
 
+/// A helper that fails may have printed the pair. The text goes to logs and to standard output.
 std::string failureText(const std::string& what, const ExecCmd& helper) {
     std::string text = what;
-    for (const std::string& reason : {helper.stdoutData, helper.lastError}) {
+    for (const std::string& reason : {withoutPrivateKeys(helper.stdoutData), helper.lastError}) {
         if (!reason.empty()) {
             text += ": " + reason;
         }

@@ -59,7 +59,9 @@ struct ByteBufferRelease {
 } // namespace
 
 RSA* readPrivateKey(const std::string& pem) {
-    return PEM_read_bio_RSAPrivateKey(openPem(pem).get(), nullptr, nullptr, nullptr);
+    // Without a pass phrase of its own OpenSSL would ask a person for that of an encrypted key.
+    char noPassPhrase[] = "";
+    return PEM_read_bio_RSAPrivateKey(openPem(pem).get(), nullptr, nullptr, noPassPhrase);
 }
 
 RSA* readPublicKey(const std::string& pem) {

@@ -32,10 +32,19 @@ TEST(Rsa, UnusableKeysAndTextsAreNamed) {
     const auto [privateKey, publicKey] = generateServerKeypair();
     const std::string nul(1, '\0');
     EXPECT_NO_THROW(countSignature(Digest(), privateKey + nul + "junk"));
-    for (const std::string& key : {std::string(), publicKey, nul + privateKey}) {
+    const std::string encrypted =
+        test_support::runProgram({"/usr/bin/openssl", "pkcs8", "-topk8", "-passout", "pass:x"}, {},
+                                 privateKey)
+            .out;
+    for (const std::string& key : {std::string(), publicKey, nul + privateKey, encrypted}) {
         const auto sign = [&] { countSignature(Digest(), key); };
+        testing::internal::CaptureStderr();
         EXPECT_EQ(test_support::thrownText<Error<&SignError>>(sign), "Can't initialize RSA private key");
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "a person is asked";
     }
+    std::string part;
+    const auto compose = [&] { composePublickey("junk", part, part); };
+    EXPECT_EQ(test_support::thrownText<Error<&SignError>>(compose), "Cannot read public key");
     const auto verify = [] { verifySignature(Digest(), "QUJD", "junk"); };
     EXPECT_EQ(test_support::thrownText<Error<&VerifyError>>(verify), "Cannot create RSA public key instance");
 }
