@@ -1,15 +1,15 @@
 // backup_sign signs a finished dump and verifies it later. This file turns the command line into one
 // operation of BackupSign, and every failure into a message on standard output and exit code 1.
 
+#include "backup_sign/command_guard.h"
 #include "backup_sign/command_line.h"
 #include "backup_sign/run_lifetime.h"
 #include "backup_sign_lib/backup_sign.h"
+#include "commons/crypto/openssl_setup.h"
 #include "commons/log/log_facade.h"
 #include "commons/panel/param_source.h"
+#include "lib/process/lib/private_memory.h"
 #include "lib/process/lib/standard_streams.h"
-
-#include <boost/exception/diagnostic_information.hpp>
-#include <boost/exception/exception.hpp>
 
 #include <exception>
 #include <ios>
@@ -62,38 +62,20 @@ void dispatch(const CommandLine& commandLine) {
     printHelp(commandLine.visible());
 }
 
-int dispatchGuarded(const CommandLine& commandLine, RunLifetime& run) {
-    try {
-        dispatch(commandLine);
-        return 0;
-    } catch (const ExTraceableBase<ExDefault>& e) {
-        if (LogFacade* log = GetLogFacade()) {
-            log->LogIfEnabled(level::kVerbose, true, e);
-        }
-        std::cout << e.GetText() << std::endl;
-        return 1;
-    } catch (const boost::exception& e) {
-        // No exit code is told to the run on this path: its stop line says that none was reported.
-        logMessage(level::kVerbose, "{}", boost::diagnostic_information(e, true));
-        throw;
-    } catch (...) {
-        run.SetExitCode(1);
-        throw;
-    }
-}
-
 int run(int argc, char** argv) {
     reserveStandardStreams();
+    keepMemoryPrivate();
     const CommandLine commandLine(argc, argv);
     if (commandLine.values().empty() || commandLine.has("help")) {
         printHelp(commandLine.visible());
         return 1;
     }
+    setUpOpenSsl();
     RunLifetime lifetime(argc, argv,
                          {.sessionPath = commandLine.values()["session-path"].as<std::string>(),
                           .verbose = commandLine.has("verbose"),
                           .debug = commandLine.has("debug")});
-    const int result = dispatchGuarded(commandLine, lifetime);
+    const int result = runGuarded(lifetime, [&commandLine] { dispatch(commandLine); });
     lifetime.SetExitCode(result);
     return result;
 }

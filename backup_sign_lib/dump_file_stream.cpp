@@ -70,7 +70,7 @@ bool DumpFileStream::volumeEndsAfter(size_t count) {
 }
 
 void countDigest(const std::vector<std::string>& files, Digest& digest, size_t limit) {
-    const auto block = std::make_unique<Block>();
+    const auto block = std::make_unique_for_overwrite<Block>();
     DumpFileStream stream(files, limit);
     while (!stream.atEnd()) {
         const size_t count = stream.read(block->bytes.data(), block->bytes.size());

@@ -1,10 +1,9 @@
 #include "dumpsig/program.h"
 
+#include "commons/crypto/openssl_setup.h"
 #include "dumpsig/commands.h"
 #include "dumpsig/output.h"
 #include "lib/process/lib/standard_streams.h"
-
-#include <openssl/crypto.h>
 
 #include <exception>
 
@@ -34,10 +33,9 @@ ExitCode dispatch(const CommandLine& call) {
 } // namespace
 
 int run(int argc, const char* const* argv) {
-    // A configuration of OpenSSL can load code, and its path comes from the environment.
-    OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr);
     try {
         brask::reserveStandardStreams();
+        brask::setUpOpenSsl();
         return dispatch(parseCommandLine(argc, argv));
     } catch (const std::exception& e) {
         complain(e.what());

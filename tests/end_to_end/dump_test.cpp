@@ -125,6 +125,17 @@ TEST_F(DumpTest, StockToolsAgreeWithTheSignature) {
     EXPECT_EQ(shell(check, {dir.path()}), "Verified OK\n");
 }
 
+TEST_F(DumpTest, NoConfigurationOfOpensslsIsRead) {
+    // With this one read, there is no SHA-1.
+    const std::string configuration =
+        dir.write("openssl.cnf", "openssl_conf = init\n[init]\nalg_section = algorithms\n"
+                                 "[algorithms]\ndefault_properties = provider=none\n");
+    const std::string file = dir.write("dump", "content");
+    for (const std::string command : {"--sign-dump", "--verify-dump"}) {
+        EXPECT_EQ(tool({command, file}, {{"OPENSSL_CONF", configuration}}).out, "");
+    }
+}
+
 /// The peak resident memory, in KiB, of one run of the tool that must succeed.
 long peakMemory(const std::vector<std::string>& arguments) {
     // Through a shell, since a child's peak begins with that of the process it was forked from.

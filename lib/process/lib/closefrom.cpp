@@ -77,12 +77,12 @@ int closeByListing(int lowestFd) {
 } // namespace
 
 void closefrom(int lowestFd) {
-    if (closeByListing(lowestFd) == 0) {
-        return;
-    }
     const int error = errno;
-    for (int fd = getdtablesize(); fd >= lowestFd; --fd) {
-        close(fd);
+    // Kernels before 5.9 and the system call filters of some containers have no close_range.
+    if (close_range(lowestFd, ~0U, 0) != 0 && closeByListing(lowestFd) != 0) {
+        for (int fd = getdtablesize(); fd >= lowestFd; --fd) {
+            close(fd);
+        }
     }
     errno = error;
 }

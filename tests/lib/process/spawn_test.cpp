@@ -7,8 +7,13 @@
 
 #include <algorithm>
 
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <signal.h>
+#include <stddef.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/time.h>
 
 namespace {
@@ -128,20 +133,41 @@ TEST_F(Spawn, TooManyDescriptorsForSelectAreAnErrorWithoutAChild) {
                           "0 leaked, a child: 0");
 }
 
+/// From here on this process runs on a kernel without close_range.
+void loseCloseRange() {
+    sock_filter program[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_close_range, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog filter{std::size(program), program};
+    prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter);
+}
+
 TEST_F(Spawn, TheChildInheritsNoDescriptorAboveTwo) {
     // 150 are more than the walk of the listing does in a table of this size, so the rest is swept.
-    for (const int open : {5, 150}) {
+    for (const auto& [open, hasCloseRange] :
+         {std::pair(5, true), std::pair(5, false), std::pair(150, false)}) {
         const auto child = test_support::inChild([&] {
             const rlimit limit{1024, 1024};
             setrlimit(RLIMIT_NOFILE, &limit);
             for (int i = 0; i < open; ++i) {
                 dup2(STDOUT_FILENO, 10 + i);
             }
+            // What /proc shows of a process whose memory is private is root's.
+            [[maybe_unused]] const int refused = setuid(65534);
+            prctl(PR_SET_DUMPABLE, 0);
+            if (!hasCloseRange) {
+                loseCloseRange();
+            }
             run("echo /proc/$$/fd/*", "", {});
             printf("%s", output.c_str());
         });
         // The listing itself takes one.
-        EXPECT_THAT(child.out, testing::MatchesRegex("(/proc/[0-9]+/fd/[0-3][ \n]){4}")) << open;
+        EXPECT_THAT(child.out, testing::MatchesRegex("(/proc/[0-9]+/fd/[0-3][ \n]){4}"))
+            << open << hasCloseRange;
     }
 }
 

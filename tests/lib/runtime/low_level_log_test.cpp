@@ -55,4 +55,14 @@ TEST(LowLevelLog, ANewTraceIdIsHandedDownToChildren) {
     EXPECT_TRUE(child.err.ends_with("]: " + id + ": m\n")) << child.err;
 }
 
+TEST(ErrorExit, AMessageThatCannotBeFormattedStillEndsTheProcess) {
+    const auto child = test_support::inChild([] {
+        const wchar_t noCharacter[] = {0x7fffffff, 0};
+        errno = ENOENT;
+        ErrorExit(3, "%ls", noCharacter);
+    });
+    EXPECT_EQ(child.exitCode, 3);
+    EXPECT_EQ(child.err, "runtime_tests: \nSystem error 2: No such file or directory\n");
+}
+
 } // namespace
