@@ -2,7 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <regex>
 #include <sstream>
+
+#include <unistd.h>
 
 namespace {
 
@@ -75,6 +78,26 @@ TEST_F(DocumentsTest, VerifyIndependentlySaysWhatTheToolSays) {
         EXPECT_EQ(outcome.out, row.verdict);
         EXPECT_EQ(outcome.status, row.status);
     }
+}
+
+TEST_F(DocumentsTest, TheCommandsOfAnAdministratorRun) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root may give profile.log to the panel's group";
+    }
+    const std::string commands =
+        std::regex_replace(commandsOf("operations.md"), std::regex("/opt/bsa"), "$ROOT");
+    const std::string out = shell("cd \"$1\"; ROOT=$1/product; mkdir bin; PATH=$PWD/bin:$PATH\n"
+                                  "ln -s \"$2\" \"$3\" $ROOT/admin/bin/backup_restore_helper bin\n" +
+                                      commands,
+                                  {dir.path(), BACKUP_SIGN_PROGRAM, DUMPSIG_PROGRAM});
+    EXPECT_THAT(out, testing::MatchesRegex("(SHA256:[^ ]+) [^ ]*/bu_pubkey.txt\n"
+                                           "([^ ]+ SHA256:[^ ]+ current pair.pem\n)"
+                                           "([^ ]+ SHA256:[^ ]+ archived pair.pem.[0-9TZ.]+\n)"
+                                           "intact\nsigned with SHA256:[^ ]+ old.pub\n"
+                                           "backup_sign --session-path=[^\n]+\n"
+                                           "intact\tSHA256:[^\t]+\t[0-9.e-]+\t\n"));
+    // Moving the server has brought the first pair back.
+    EXPECT_THAT(out, testing::HasSubstr("intact\t" + out.substr(0, out.find(' ')) + "\t"));
 }
 
 } // namespace
