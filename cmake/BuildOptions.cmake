@@ -21,7 +21,7 @@ check_pie_supported(LANGUAGES CXX)
 
 add_library(brask_options INTERFACE)
 target_compile_features(brask_options INTERFACE cxx_std_20)
-target_include_directories(brask_options INTERFACE "${PROJECT_SOURCE_DIR}")
+target_include_directories(brask_options INTERFACE "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>")
 # Dumps pass 4 GiB on any platform, and the size of off_t is part of the headers.
 target_compile_definitions(brask_options INTERFACE _FILE_OFFSET_BITS=64)
 

@@ -1,7 +1,7 @@
 // Records a small run as an "execution-result" document, the way a restore utility does: objects with
 // messages, the result of another utility merged in, an overall status.
 //
-//     example_record_run SESSION-DIRECTORY [RESULT-FILE]
+//     record_run SESSION-DIRECTORY [RESULT-FILE]
 //
 // The document is written to "migration.result" in the session directory, and printed.
 

@@ -1,6 +1,6 @@
 // Runs a command, profiles it, and shows what the command printed and what the profile's file holds.
 //
-//     example_run_command PROFILE-FILE COMMAND [ARGUMENT…]
+//     run_command PROFILE-FILE COMMAND [ARGUMENT…]
 
 #include "commons/param_source.h"
 #include "commons/profiling.h"
