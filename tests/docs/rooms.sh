@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# rooms.sh: the picture of the rooms, source and drawing, has every room of README.md's table.
+source "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/../../scripts/common.sh"
+cd "$repo"
+
+rooms=$(grep -E '^\| [0-9]+ \|' README.md | cut -d'|' -f3 | grep -oE '[a-z0-9_/]+/' | sed 's,/$,,')
+[[ -n $rooms ]] || die "README.md has no table of rooms"
+for room in $rooms; do
+    grep -qF "\"$room\"" docs/rooms.dot && grep -qF ">$room<" docs/rooms.svg || die "docs/rooms.dot or .svg lacks $room"
+done
