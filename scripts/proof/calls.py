@@ -10,12 +10,14 @@ ERRORS = {
     "chmod": "EIO EPERM EROFS",
     "chown": "EDQUOT EIO EPERM EROFS",
     "clone": "EAGAIN ENOMEM",
+    "clock_nanosleep": "EINTR",
     "close": "EIO EINTR EDQUOT ENOSPC",
     "connect": "ECONNREFUSED EACCES EINTR",
     "dup2": "EBUSY",
     "exit_group": "",
     "faccessat2": "EACCES EIO ENOMEM",
     "fchmod": "EIO EPERM EROFS",
+    "fchmodat": "EIO EPERM EROFS",
     "fchown": "EDQUOT EIO EPERM EROFS",
     "fcntl": "",
     "flock": "ENOLCK EINTR",
@@ -87,10 +89,12 @@ MEMORY = ("brk", "mmap")
 
 
 def errors_of(call, arguments):
-    """The errors to try at a call with these arguments. A call that the table lacks is a KeyError."""
+    """The errors to try at a call with these arguments. A call that the table lacks is a LookupError."""
     for name, pattern, errors in PARTICULAR:
         if name == call and pattern.search(arguments):
             return errors.split()
+    if call not in ERRORS:
+        raise LookupError(f"the table of calls lacks {call}")
     return ERRORS[call].split()
 
 
