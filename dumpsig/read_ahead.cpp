@@ -2,17 +2,23 @@
 
 #include "dumpsig/errors.h"
 
+#include <array>
+#include <condition_variable>
 #include <exception>
-#include <semaphore>
+#include <mutex>
 #include <thread>
 
 namespace dumpsig {
 
 namespace {
 
-/// Two of them stay in a core's second-level cache, where the copy puts the bytes and the hash finds them.
-constexpr std::size_t kBlockSize = 256 * 1024;
-constexpr std::size_t kBlocks = 2;
+/// Few enough to stay in a core's cache, where the copy puts the bytes and the hash finds them.
+constexpr std::size_t kBlockSize = 128 * 1024;
+constexpr std::size_t kBlocks = 6;
+
+/// How many blocks must be free for the thread to be woken, which costs as much as copying a good part of
+/// one.
+constexpr std::size_t kBatch = 3;
 
 /// What is read into. On a page of its own, because the copy out of the page cache into memory that starts
 /// within a cache line costs as much as the hash.
@@ -23,7 +29,7 @@ struct alignas(4096) Buffer {
 /// The volumes in their order, block by block.
 class Source {
 public:
-    Source(Volumes volumes, std::shared_ptr<std::atomic<std::uint64_t>> progress)
+    Source(Volumes volumes, ByteCounter progress)
         : volumes(std::move(volumes)), progress(std::move(progress)) {}
 
     /// Fills `buffer` from one volume. Nothing at the end of the last.
@@ -34,7 +40,7 @@ private:
     void closeVolume();
 
     const Volumes volumes;
-    const std::shared_ptr<std::atomic<std::uint64_t>> progress;
+    const ByteCounter progress;
     std::size_t current = 0;
     std::optional<InputFile> file;
     std::uint64_t readFromVolume = 0;
@@ -81,95 +87,116 @@ void Source::closeVolume() {
 } // namespace
 
 /// What the caller and the thread share. It lives as long as either of them.
+///
+/// Both read, one at a time: the caller itself reads the block that it needs when the thread is not at it. So
+/// a thread that the system leaves waiting for a processor costs nothing but its help.
 class ReadAhead::Pipeline : public std::enable_shared_from_this<Pipeline> {
 public:
-    Pipeline(const Volumes& volumes, std::shared_ptr<std::atomic<std::uint64_t>> progress)
-        : source(volumes, std::move(progress)) {}
+    Pipeline(const Volumes& volumes, ByteCounter progress) : source(volumes, std::move(progress)) {}
 
     std::optional<Block> next();
-
-    void stop() {
-        stopped = true;
-        empty.release();
-    }
+    void stop();
 
 private:
     struct Slot {
         Buffer buffer;
+        /// Nothing for the end of the source.
         std::optional<Block> block;
         std::exception_ptr failure;
     };
 
-    std::optional<Block> readHere();
-    std::optional<Block> takeFromThread();
     void startThread();
-    void run();
-    bool fill(Slot& slot);
+    void readAhead();
+    void readBlock(std::unique_lock<std::mutex>& lock);
+    void fill(Slot& slot);
 
-    Source source;
+    std::size_t room() const { return kBlocks - filled - (isCallerAtOne ? 1 : 0); }
+
+    bool isOver() const { return stopped || ended; }
+
+    std::mutex mutex;
+    std::condition_variable roomMade;
+    std::condition_variable readingDone;
+    /// A ring, whose filled slots begin at `first`; the one before that is the caller's.
     std::array<Slot, kBlocks> slots;
-    std::size_t taken = 0;
-    bool threadRuns = false;
-    std::atomic<bool> stopped = false;
-    /// Begins without the one slot that was filled here.
-    std::counting_semaphore<kBlocks + 1> empty{kBlocks - 1};
-    std::counting_semaphore<kBlocks + 1> filled{0};
+    std::size_t first = 0;
+    std::size_t filled = 0;
+    bool isCallerAtOne = false;
+    /// Somebody is at the source, and at the first slot that is not filled, without the mutex.
+    bool reading = false;
+    bool ended = false;
+    bool stopped = false;
+    bool threadStarted = false;
+    Source source;
 };
 
 std::optional<ReadAhead::Block> ReadAhead::Pipeline::next() {
-    return threadRuns ? takeFromThread() : readHere();
-}
-
-/// A dump of one block, or of small volumes, is read faster than a thread starts.
-std::optional<ReadAhead::Block> ReadAhead::Pipeline::readHere() {
-    const std::optional<Block> block = source.fill(slots[0].buffer);
-    if (block && block->bytes.size() == kBlockSize) {
-        startThread();
+    std::unique_lock lock(mutex);
+    isCallerAtOne = false;
+    if (!reading && room() >= kBatch) {
+        roomMade.notify_one();
     }
-    return block;
-}
-
-void ReadAhead::Pipeline::startThread() {
-    threadRuns = true;
-    std::thread([self = shared_from_this()] { self->run(); }).detach();
-}
-
-void ReadAhead::Pipeline::run() {
-    for (std::size_t place = 1;; ++place) {
-        empty.acquire();
-        if (stopped) {
-            return;
-        }
-        const bool goesOn = fill(slots[place % kBlocks]);
-        filled.release();
-        if (!goesOn) {
-            return;
-        }
+    readingDone.wait(lock, [this] { return filled > 0 || !reading; });
+    if (filled == 0) {
+        readBlock(lock);
     }
-}
-
-bool ReadAhead::Pipeline::fill(Slot& slot) {
-    try {
-        slot.block = source.fill(slot.buffer);
-        return slot.block.has_value();
-    } catch (...) {
-        slot.failure = std::current_exception();
-        return false;
-    }
-}
-
-std::optional<ReadAhead::Block> ReadAhead::Pipeline::takeFromThread() {
-    // The caller is done with the block that it has.
-    empty.release();
-    filled.acquire();
-    const Slot& slot = slots[++taken % kBlocks];
+    const Slot& slot = slots[first];
+    first = (first + 1) % kBlocks;
+    --filled;
+    isCallerAtOne = true;
     if (slot.failure) {
         std::rethrow_exception(slot.failure);
+    }
+    if (!threadStarted && slot.block && slot.block->bytes.size() == kBlockSize) {
+        // Less is read faster than a thread starts.
+        startThread();
     }
     return slot.block;
 }
 
-ReadAhead::ReadAhead(const Volumes& volumes, std::shared_ptr<std::atomic<std::uint64_t>> progress)
+void ReadAhead::Pipeline::stop() {
+    const std::lock_guard lock(mutex);
+    stopped = true;
+    roomMade.notify_one();
+}
+
+void ReadAhead::Pipeline::startThread() {
+    threadStarted = true;
+    std::thread([self = shared_from_this()] { self->readAhead(); }).detach();
+}
+
+void ReadAhead::Pipeline::readAhead() {
+    std::unique_lock lock(mutex);
+    while (!isOver()) {
+        roomMade.wait(lock, [this] { return isOver() || (!reading && room() >= kBatch); });
+        while (!isOver() && !reading && room() > 0) {
+            readBlock(lock);
+            readingDone.notify_one();
+        }
+    }
+}
+
+void ReadAhead::Pipeline::readBlock(std::unique_lock<std::mutex>& lock) {
+    Slot& slot = slots[(first + filled) % kBlocks];
+    reading = true;
+    lock.unlock();
+    fill(slot);
+    lock.lock();
+    reading = false;
+    ++filled;
+    ended = !slot.block;
+}
+
+void ReadAhead::Pipeline::fill(Slot& slot) {
+    try {
+        slot.block = source.fill(slot.buffer);
+    } catch (...) {
+        slot.block.reset();
+        slot.failure = std::current_exception();
+    }
+}
+
+ReadAhead::ReadAhead(const Volumes& volumes, ByteCounter progress)
     : pipeline(std::make_shared<Pipeline>(volumes, std::move(progress))) {}
 
 ReadAhead::~ReadAhead() {

@@ -2,7 +2,6 @@
 
 #include "dumpsig/volume.h"
 
-#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -12,9 +11,12 @@
 
 namespace dumpsig {
 
-/// Reads the volumes of a dump, one after another, in blocks. From the second block on a thread fills one
-/// block while the caller works on the other, so that a disk's or a pipe's time, and the copy out of the page
-/// cache, hides behind the hash.
+/// Bytes read so far, for whoever shows the progress.
+using ByteCounter = std::shared_ptr<std::atomic<std::uint64_t>>;
+
+/// Reads the volumes of a dump, one after another, in blocks. From the second block on a thread fills blocks
+/// while the caller works on another, so that a disk's or a pipe's time, and the copy out of the page cache,
+/// hides behind the hash.
 class ReadAhead final {
 public:
     struct Block {
@@ -25,7 +27,7 @@ public:
     };
 
     /// Adds each number of bytes read to `progress`.
-    ReadAhead(const Volumes& volumes, std::shared_ptr<std::atomic<std::uint64_t>> progress);
+    ReadAhead(const Volumes& volumes, ByteCounter progress);
     ReadAhead(const ReadAhead&) = delete;
     ReadAhead& operator=(const ReadAhead&) = delete;
     /// Does not wait for a thread that waits for a pipe: such a one is left to end with the process.

@@ -1,7 +1,6 @@
 #include "dumpsig/scan.h"
 
 #include "backup_sign_lib/dump_signature.h"
-#include "dumpsig/read_ahead.h"
 
 namespace dumpsig {
 

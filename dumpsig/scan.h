@@ -1,11 +1,10 @@
 #pragma once
 
+#include "dumpsig/read_ahead.h"
 #include "dumpsig/volume.h"
 #include "dumpsig/window.h"
 
-#include <atomic>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -23,9 +22,6 @@ std::optional<FoundDocument> findDocument(const Tail& tail);
 
 /// What is said of a dump without a document.
 inline constexpr const char* kNotSigned = "Dump is not signed";
-
-/// Bytes read so far, for whoever shows the progress.
-using ByteCounter = std::shared_ptr<std::atomic<std::uint64_t>>;
 
 /// Reads a dump once, from its first byte to its last, in constant memory. `content` gets all that stands in
 /// front of the document, or everything when there is none. Raises what ReadAhead raises.
