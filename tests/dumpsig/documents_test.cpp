@@ -38,12 +38,12 @@ TEST_F(DumpsigTest, TheCommandsForManyDumpsRun) {
     sign({dir.path("dumps/one.dump")});
     sign({dir.path("dumps/bad.dump")});
     sign({dir.path("dumps/three/1"), dir.path("dumps/three/2"), dir.path("dumps/three/3")});
-    // This machine stands in for all others.
+    // This machine stands in for all others; as a real one does, it sets SHELL for whoever logs in.
     dir.write("bin/rclone", "#!/bin/sh\nexec cat \"${2#store:}\"\n");
     dir.write(
         "bin/ssh",
         "#!/bin/sh\nwhile [ \"${1#-}\" != \"$1\" ]; do shift; done; shift\n"
-        "[ \"$1\" != -- ] || shift\n"
+        "[ \"$1\" != -- ] || shift\nexport SHELL=/bin/sh\n"
         "exec sh -c \"$(printf '%s' \"$*\" | sed s,/opt/bsa/admin/htdocs/bu_pubkey.txt,server.pub,)\"\n");
     const Outcome outcome =
         run("printf x | dd of=dumps/bad.dump conv=notrunc status=none; chmod +x bin/*; PATH=$PWD/bin:$PATH\n"

@@ -54,10 +54,11 @@ protected:
         brask::signDumpFile(volumes, keys.first, keys.second);
     }
 
-    /// Runs a script in the test's folder, with the built program before all others.
+    /// Runs a script in the test's folder, which is its home, too, with the built program before all others.
     Outcome run(const std::string& script) const {
-        return end_to_end::runProgram({"/bin/sh", "-c", "cd \"$1\"\n" + script, "sh", dir.path()},
-                                      {{"PATH", DUMPSIG_FOLDER ":" + std::string(std::getenv("PATH"))}});
+        return end_to_end::runProgram(
+            {"/bin/sh", "-c", "cd \"$1\"\n" + script, "sh", dir.path()},
+            {{"PATH", DUMPSIG_FOLDER ":" + std::string(std::getenv("PATH"))}, {"HOME", dir.path()}});
     }
 
     template <std::size_t N>
