@@ -100,4 +100,23 @@ TEST_F(DocumentsTest, TheCommandsOfAnAdministratorRun) {
     EXPECT_THAT(out, testing::HasSubstr("intact\t" + out.substr(0, out.find(' ')) + "\t"));
 }
 
+TEST_F(DocumentsTest, TheManualsAndTheCompletionKnowEveryOption) {
+    EXPECT_EQ(shell(R"sh(cd "$1"
+        for page in "$2" product/admin/bin/backup_restore_helper; do
+            { $page --help || true; } | grep -oE '^ *--[a-z-]+' | tr -d ' ' | sort >options
+            page=$3/man/${page##*/}.8
+            sed -n 's/^\.It Fl \(Fl \|\\-\)\([a-z-]*\).*/--\2/p' "$page" | sort | diff options -
+            mandoc -T lint -W warning "$page"
+        done
+        bash -c '. "$0"
+            complete_line() { COMP_WORDS=(backup_sign "$@"); COMP_CWORD=$#; _backup_sign 2>/dev/null; echo "${COMPREPLY[*]}"; }
+            complete_line --
+            complete_line --g
+            complete_line --session-path = prod
+            complete_line --sign-dump ./dump.1 ./bu' "$3/completion/backup_sign.bash")sh",
+                    {dir.path(), BACKUP_SIGN_PROGRAM, REPOSITORY}),
+              "--sign-dump --verify-dump --help --session-path= --verbose --debug\n"
+              "--generate --get-certificate\nproduct\n./bu_pubkey.txt\n");
+}
+
 } // namespace
