@@ -7,6 +7,7 @@
 #include <regex>
 #include <string>
 
+#include <grp.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -30,6 +31,13 @@ std::string accountsFile(const char* name) {
 }
 
 } // namespace
+
+/// In place of the library's own, which sets no group at all since its version 1.1.16.
+extern "C" int initgroups(const char* user, gid_t group) {
+    gid_t groups[16];
+    int count = std::size(groups);
+    return getgrouplist(user, group, groups, &count) < 0 ? -1 : setgroups(count, groups);
+}
 
 /// Runs the test program once more with accounts of its own (tests/support/accounts) in front of the
 /// machine's.
