@@ -27,11 +27,18 @@ if(BRASK_BUILD_PROGRAMS)
   brask_install_manual(backup_sign 8 doc)
   brask_install_completion(backup_sign doc)
   install(DIRECTORY docs/ DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/backup-sign" COMPONENT doc
-    PATTERN library.md EXCLUDE)
+    PATTERN library.md EXCLUDE PATTERN *.dot EXCLUDE)
+  install(DIRECTORY packaging/examples DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/backup-sign" COMPONENT doc
+    USE_SOURCE_PERMISSIONS)
+  install(PROGRAMS scripts/verify-independently DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/backup-sign/examples"
+    COMPONENT doc)
 
   install(TARGETS dumpsig DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT dumpsig)
   brask_install_manual(dumpsig 1 dumpsig)
   brask_install_completion(dumpsig dumpsig)
+  install(FILES docs/signed-dump.md docs/at-scale.md DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/dumpsig" COMPONENT dumpsig)
+  install(PROGRAMS scripts/verify-independently DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/dumpsig/examples"
+    COMPONENT dumpsig)
 
   brask_install_manual(backup_restore_helper 8 product EXCLUDE_FROM_ALL)
 endif()

@@ -84,8 +84,15 @@ TEST_F(DocumentsTest, TheCommandsOfAnAdministratorRun) {
     if (geteuid() != 0) {
         GTEST_SKIP() << "only root may give profile.log to the panel's group";
     }
-    const std::string commands =
-        std::regex_replace(commandsOf("operations.md"), std::regex("/opt/bsa"), "$ROOT");
+    std::string commands = commandsOf("operations.md");
+    const std::pair<const char*, const char*> places[] = {
+        {"/opt/bsa", "$ROOT"},
+        {"/usr/local/sbin", "bin"},
+        {"/usr/share/doc/backup-sign/examples", REPOSITORY "/packaging/examples"},
+    };
+    for (const auto& [server, test] : places) {
+        commands = std::regex_replace(commands, std::regex(server), test);
+    }
     const std::string out = shell("cd \"$1\"; ROOT=$1/product; mkdir bin; PATH=$PWD/bin:$PATH\n"
                                   "ln -s \"$2\" \"$3\" $ROOT/admin/bin/backup_restore_helper bin\n" +
                                       commands,
