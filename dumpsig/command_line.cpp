@@ -41,6 +41,7 @@ private:
     void addVerify();
     void addStrip();
     void takeFiles(const CLI::App& command);
+    void refuseStrangers() const;
 
     CommandLine call;
     CLI::App app{"Verifies signed dumps anywhere, with nothing but the public key.", "dumpsig"};
@@ -52,7 +53,8 @@ constexpr const char* kExitCodes =
 Parser::Parser() {
     app.formatter(std::make_shared<HelpFormat>("COMMAND …"));
     app.set_version_flag("--version", "dumpsig " DUMPSIG_VERSION, "Print the version and exit");
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
+    app.allow_extras();
     app.footer(std::string("\"dumpsig COMMAND --help\" tells the options of a command.\n") + kExitCodes);
     addVerify();
     addJson(addCommand(Command::kInfo, "info", "VOLUME…", "Tell what the document of the last volume says"));
@@ -143,9 +145,21 @@ void Parser::takeFiles(const CLI::App& command) {
     }
 }
 
+/// What stands outside the commands.
+void Parser::refuseStrangers() const {
+    if (const std::vector<std::string> words = app.remaining(); !words.empty()) {
+        BRASK_THROW(UsageError, words.front() + " is neither a command nor an option");
+    }
+    if (call.command == Command::kShowText) {
+        BRASK_THROW(UsageError, "no command is given");
+    }
+}
+
 CommandLine Parser::parse(std::vector<std::string> arguments) {
     const auto endOfOptions = std::find(arguments.begin(), arguments.end(), "--");
     std::vector<std::string> options(arguments.begin(), endOfOptions);
+    // The library takes "++" for the end of a command.
+    std::replace(options.begin(), options.end(), std::string("++"), std::string("./++"));
     std::reverse(options.begin(), options.end());
     try {
         app.parse(std::move(options));
@@ -158,6 +172,7 @@ CommandLine Parser::parse(std::vector<std::string> arguments) {
     } catch (const CLI::ParseError& e) {
         BRASK_THROW(UsageError, e.what());
     }
+    refuseStrangers();
     if (endOfOptions != arguments.end()) {
         call.files.insert(call.files.end(), std::next(endOfOptions), arguments.end());
     }
@@ -177,6 +192,7 @@ bool isStandardStream(const std::string& name) {
 void checkStrip(const CommandLine& call) {
     require(call.files.size() == 1, "strip takes one volume");
     require(call.output.has_value() != call.inPlace, "strip needs either -o or --in-place");
+    require(call.output != "", "-o needs the name of a file");
     require(!call.force || (call.output && !isStandardStream(*call.output)), "--force belongs to -o FILE");
     require(!call.inPlace || !isStandardStream(call.files[0]), "standard input can't be stripped in place");
 }

@@ -15,8 +15,8 @@ CommandLine parse(Words words) {
 
 TEST(CommandLine, FilesAreWhateverIsNoOption) {
     // Names that the parsing library, or a command of the same name, would lay claim to.
-    EXPECT_THAT(parse({"verify", "info", "-k", "[k]", "[a,b]", "{}", "%%", "", "-"}).files,
-                ElementsAre("info", "[a,b]", "{}", "%%", "", "-"));
+    EXPECT_THAT(parse({"verify", "info", "-k", "[k]", "[a,b]", "{}", "%%", "++", "", "-"}).files,
+                ElementsAre("info", "[a,b]", "{}", "%%", "./++", "", "-"));
     EXPECT_THAT(parse({"verify", "a", "-k", "x", "b", "-ky", "--", "-q", "--", "-"}).files,
                 ElementsAre("a", "b", "-q", "--", "-"));
     EXPECT_THAT(parse({"cat", "-k", "[k]", "a", "--key", "l"}).keys, ElementsAre("[k]", "l"));
@@ -50,6 +50,7 @@ TEST(CommandLine, AMistakeIsRefused) {
         {"cat", "--json", "a"},
         {"fingerprint"},
         {"strip", "a"},
+        {"strip", "-o", "", "a"},
         {"strip", "-o", "x", "a", "b"},
         {"strip", "-o", "x", "-o", "y", "a"},
         {"strip", "-o", "x", "--in-place", "a"},
