@@ -39,7 +39,7 @@ SignalHold::SignalHold() {
     sigaddset(&held, SIGPIPE);
     sigemptyset(&sent);
     pthread_sigmask(SIG_SETMASK, nullptr, &before);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int signal : {SIGINT, SIGQUIT, SIGTERM, SIGHUP}) {
         if (isDeadly(signal, before)) {
             sigaddset(&sent, signal);
             sigaddset(&held, signal);
@@ -101,12 +101,14 @@ void Attendant::dieOf(int signal) {
     if (!partialFile.empty()) {
         unlink(partialFile.c_str());
     }
-    // Its action is the default one, which ends the whole process.
+    // Its action is the default one, which ends the whole process. Only the first process of a container
+    // survives it.
     sigset_t set;
     sigemptyset(&set);
     sigaddset(&set, signal);
     pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
     raise(signal);
+    _exit(128 + signal);
 }
 
 } // namespace dumpsig

@@ -12,7 +12,7 @@ namespace dumpsig {
 /// the process ignores, or that were held back before, are nothing to it.
 class SignalHold final {
 public:
-    /// SIGINT, SIGTERM, SIGHUP, and SIGPIPE.
+    /// SIGINT, SIGQUIT, SIGTERM, SIGHUP, and SIGPIPE.
     SignalHold();
     SignalHold(const SignalHold&) = delete;
     SignalHold& operator=(const SignalHold&) = delete;

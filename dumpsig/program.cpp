@@ -5,6 +5,7 @@
 #include "dumpsig/output.h"
 #include "lib/process/lib/standard_streams.h"
 
+#include <csignal>
 #include <exception>
 
 namespace dumpsig {
@@ -36,6 +37,8 @@ int run(int argc, const char* const* argv) {
     try {
         brask::reserveStandardStreams();
         brask::setUpOpenSsl();
+        // At the limit of a file's size a write is to fail like any other, not to end the process.
+        std::signal(SIGXFSZ, SIG_IGN);
         return dispatch(parseCommandLine(argc, argv));
     } catch (const std::exception& e) {
         complain(e.what());

@@ -177,9 +177,10 @@ TEST_F(DumpsigTest, Strips) {
          "mark | dumpsig strip -o - -",
          1, "x<Signature xmlns=",
          "dumpsig: mark: Unable to parse*\ndumpsig: mark: Unable*\ndumpsig: -: Unable*\n"},
-        {"cat v1 | dumpsig strip -o - - | cmp - v1; cat v1 | dumpsig strip -o none -; ls -A | grep -e none "
-         "-e '^\\.'",
-         1, "", "dumpsig: -: Dump is not signed\ndumpsig: -: Dump is not signed\n"},
+        {"cat v1 | dumpsig strip -o - - | cmp - v1; cat v1 | dumpsig strip -o none -; (ulimit -f 1; dumpsig "
+         "strip -o none all); ls -A | grep -e none -e '^\\.'",
+         1, "",
+         "dumpsig: -: Dump is not signed\ndumpsig: -: Dump is not signed\ndumpsig: none: File too large\n"},
         {"dumpsig strip -o - all >>all", 2, "", "dumpsig: all: would be both read and written\n"},
     });
 }
@@ -217,11 +218,13 @@ TEST_F(DumpsigTest, ShowsItsProgressOnATerminalAndCleansUp) {
         matches(slow("slowly | dumpsig cat --progress -k server.pub - >out").err, "\r* KiB, *\r\x1b[K"));
     // Interrupted, it dies of the signal and leaves neither line nor file.
     const Outcome interrupted =
-        run("mkdir d; { cat v1; sleep 2; } | perl -e '$p = fork; exec @ARGV if !$p;"
-            "select undef, undef, undef, 0.5 until @f = <d/.dumpsig-*>; select undef, undef, undef, 0.5;"
-            "kill INT => $p; waitpid $p, 0; print $? & 127' dumpsig strip --progress -o d/out -; ls -A d");
-    EXPECT_EQ(interrupted.out, "2");
-    EXPECT_TRUE(matches(interrupted.err, "\r* KiB, *\r\x1b[K")) << interrupted.err;
+        run("mkdir d; ulimit -c 0; mkfifo p; exec 3<>p; for signal in INT QUIT; do cat v3 >&3; perl -e '$p = "
+            "fork;"
+            "exec @ARGV if !$p; select undef, undef, undef, 0.05 until -s \"err\" && <d/.dumpsig-*>;"
+            "kill '$signal' => $p; waitpid $p, 0; print $? & 127' "
+            "dumpsig strip --progress -o d/out - <&3 2>err; cat err >&2; rm err; done; ls -A d");
+    EXPECT_EQ(interrupted.out, "23");
+    EXPECT_TRUE(matches(interrupted.err, "\r* KiB, *\r\x1b[K\r* KiB, *\r\x1b[K")) << interrupted.err;
 }
 
 TEST_F(DumpsigTest, NeedsTheSameLittleMemoryForAnyDump) {
