@@ -1,6 +1,7 @@
 #include "dumpsig/commands.h"
 #include "dumpsig/key_file.h"
 #include "dumpsig/output.h"
+#include "dumpsig/text_line.h"
 
 #include <exception>
 
@@ -17,7 +18,7 @@ ExitCode fingerprintCommand(const CommandLine& call) {
             result = kUnknown;
         }
         for (const PublicKey& key : keys) {
-            writeToStandardOutput(key.fingerprint + " " + path + "\n");
+            writeToStandardOutput(key.fingerprint + " " + oneLine(path) + "\n");
         }
     }
     return result;

@@ -32,16 +32,23 @@ void waitForInput(int fd) {
 
 } // namespace
 
+std::string shownName(const std::string& path) {
+    if (path == kStandardStream) {
+        return "standard input";
+    }
+    return path.empty() ? "\"\"" : path;
+}
+
 InputFile::InputFile(const std::string& path)
-    : shownName(path == kStandardStream ? "standard input" : path),
-      file(path == kStandardStream
-               ? STDIN_FILENO
-               : TEMP_FAILURE_RETRY(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY))) {
+    : InputFile(path,
+                Descriptor(path == kStandardStream
+                               ? STDIN_FILENO
+                               : TEMP_FAILURE_RETRY(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)))) {
     if (file.get() < 0) {
-        brask::throwSystemError(shownName, errno);
+        brask::throwSystemError(messageName, errno);
     }
     if (S_ISDIR(statusOf(*this).st_mode)) {
-        brask::throwSystemError(shownName, EISDIR);
+        brask::throwSystemError(messageName, EISDIR);
     }
 }
 
@@ -63,7 +70,7 @@ std::size_t InputFile::readSome(char* buffer, std::size_t size) {
         if (errno == EAGAIN) {
             waitForInput(file.get());
         } else if (errno != EINTR) {
-            brask::throwSystemError(shownName, errno);
+            brask::throwSystemError(messageName, errno);
         }
     }
 }
@@ -88,10 +95,10 @@ Tail InputFile::readTail(std::size_t limit) const {
         const ssize_t count = TEMP_FAILURE_RETRY(pread(file.get(), bytes.data() + total, bytes.size() - total,
                                                        static_cast<off_t>(end - bytes.size() + total)));
         if (count < 0) {
-            brask::throwSystemError(shownName, errno);
+            brask::throwSystemError(messageName, errno);
         }
         if (count == 0) {
-            BRASK_THROW(FileError, shownName, "shrank while it was read");
+            BRASK_THROW(FileError, messageName, "shrank while it was read");
         }
         total += static_cast<std::size_t>(count);
     }

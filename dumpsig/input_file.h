@@ -17,6 +17,9 @@ struct Tail {
     std::uint64_t end;
 };
 
+/// What messages call a file: its path as given, or "standard input" for "-".
+std::string shownName(const std::string& path);
+
 /// A file, pipe or device that is open for reading. Failures are SystemErrors that name it.
 class InputFile final {
 public:
@@ -24,10 +27,10 @@ public:
     /// its writer.
     explicit InputFile(const std::string& path);
 
-    InputFile(std::string name, Descriptor file) : shownName(std::move(name)), file(std::move(file)) {}
+    InputFile(const std::string& path, Descriptor file)
+        : messageName(shownName(path)), file(std::move(file)) {}
 
-    /// What messages call it: its path as given, or "standard input".
-    const std::string& name() const { return shownName; }
+    const std::string& name() const { return messageName; }
 
     int descriptor() const { return file.get(); }
 
@@ -45,7 +48,7 @@ public:
     Tail readTail(std::size_t limit) const;
 
 private:
-    std::string shownName;
+    std::string messageName;
     Descriptor file;
 };
 

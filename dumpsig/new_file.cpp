@@ -96,6 +96,9 @@ void NewFile::commit() {
     }
     committed = true;
     const Descriptor folder(open(folderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder.get() < 0 && errno == EACCES) {
+        return; // a folder that may be written need not be readable, and can't be synced then
+    }
     syncOrThrow(folder.get(), folderOf(path));
 }
 

@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <exception>
 #include <mutex>
+#include <system_error>
 #include <thread>
 
 namespace dumpsig {
@@ -162,7 +163,11 @@ void ReadAhead::Pipeline::stop() {
 
 void ReadAhead::Pipeline::startThread() {
     threadStarted = true;
-    std::thread([self = shared_from_this()] { self->readAhead(); }).detach();
+    try {
+        std::thread([self = shared_from_this()] { self->readAhead(); }).detach();
+    } catch (const std::system_error&) {
+        // The system has no thread to give, so the caller goes on reading alone.
+    }
 }
 
 void ReadAhead::Pipeline::readAhead() {

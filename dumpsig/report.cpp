@@ -72,7 +72,7 @@ std::string verdictText(const Verdict& verdict) {
     if (verdict.judgement != Judgement::kIntact) {
         return verdict.text + "\n";
     }
-    return "intact\nsigned with " + verdict.key->fingerprint + " " + verdict.key->file + "\n";
+    return "intact\nsigned with " + verdict.key->fingerprint + " " + oneLine(verdict.key->file) + "\n";
 }
 
 std::string verdictJson(const Verdict& verdict, const std::vector<std::string>& volumes, double seconds,

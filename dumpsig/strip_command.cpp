@@ -70,7 +70,7 @@ InputFile openInPlace(const std::string& path) {
         BRASK_THROW(FileError, path, "is a symbolic link, so it is not stripped in place");
     }
     if (file.get() < 0) {
-        brask::throwSystemError(path, errno);
+        brask::throwSystemError(shownName(path), errno);
     }
     return {path, std::move(file)};
 }

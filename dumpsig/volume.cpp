@@ -18,7 +18,7 @@ struct stat statusOf(const Volume& volume) {
     const int result =
         volume.isStandardInput ? fstat(STDIN_FILENO, &status) : stat(volume.path.c_str(), &status);
     if (result != 0) {
-        brask::throwSystemError(volume.isStandardInput ? "standard input" : volume.path, errno);
+        brask::throwSystemError(shownName(volume.path), errno);
     }
     return status;
 }
