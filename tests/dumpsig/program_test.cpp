@@ -48,11 +48,11 @@ TEST_F(DumpsigTest, TellsPrograms) {
         {"dumpsig verify --json -k server.pub v1 v2 v3", 0,
          R"({"verdict":"intact","volumes":["v1","v2","v3"],"signedBytes":700005,"documentOffset":5,)"
          R"("documentBytes":1196,"digest":"*","key":{"file":"server.pub","fingerprint":"SHA256:*"},)"
-         "\"seconds\":0.*,\"error\":null}\n",
+         "\"seconds\":*.*,\"error\":null}\n",
          ""},
         {"dumpsig verify --json -k other.pub - <all", 1,
          R"({"verdict":"signature-wrong","volumes":["-"],"signedBytes":700005,"documentOffset":700005,)"
-         R"(*,"key":null,"seconds":0.*,"error":"Signature is wrong"})"
+         R"(*,"key":null,"seconds":*.*,"error":"Signature is wrong"})"
          "\n",
          ""},
         {"[ $(dumpsig verify --json -k server.pub all | jq -r .digest) = $(sha1sum <content | cut -c -40) ]",
@@ -69,11 +69,11 @@ TEST_F(DumpsigTest, TellsPrograms) {
          ""},
         {"dumpsig verify --json -k server.pub v1", 1,
          R"({"verdict":"not-signed","volumes":["v1"],"signedBytes":null,"documentOffset":null,"documentBytes":null,)"
-         R"("digest":null,"key":null,"seconds":0.*,"error":"Dump is not signed"})"
+         R"("digest":null,"key":null,"seconds":*.*,"error":"Dump is not signed"})"
          "\n",
          ""},
         {"dumpsig verify --json -k server.pub none", 2,
-         R"({"verdict":"unknown",*"key":null,"seconds":0.*,"error":"none: No such file or directory"})"
+         R"({"verdict":"unknown",*"key":null,"seconds":*.*,"error":"none: No such file or directory"})"
          "\n",
          "dumpsig: none: No such file or directory\n"},
         {"dumpsig info --json v1 v3", 0,
@@ -92,7 +92,8 @@ TEST_F(DumpsigTest, TellsPrograms) {
 
 TEST_F(DumpsigTest, KeepsErrorsApartFromVerdicts) {
     expectRows({
-        {"dumpsig verify -k server.pub v1 none v3", 2, "", "dumpsig: none: No such file or directory\n"},
+        {"dumpsig verify -k server.pub v1 none v3; dumpsig verify -k \"\" all", 2, "",
+         "dumpsig: none: No such file or directory\ndumpsig: \"\": No such file or directory\n"},
         {"dumpsig verify -k server.pub v1 . v3", 2, "", "dumpsig: .: Is a directory\n"},
         {"dumpsig verify -k server.pub v1 - <&-", 2, "", "dumpsig: standard input: Bad file descriptor\n"},
         {"dumpsig verify -k server.pub - <.", 2, "", "dumpsig: standard input: Is a directory\n"},
@@ -213,7 +214,7 @@ TEST_F(DumpsigTest, ShowsItsProgressOnATerminalAndCleansUp) {
         run("script -qec '{ cat v1; sleep 0.7; cat v2 v3; } | dumpsig verify -k server.pub -' "
             "/dev/null </dev/null");
     EXPECT_TRUE(matches(shown.out, "\r* KiB, *B/s\x1b[K*\r\x1b[Kintact\r\n*")) << shown.out;
-    EXPECT_LE(std::count(shown.out.begin(), shown.out.end(), ','), 20) << shown.out;
+    EXPECT_LE(std::count(shown.out.begin(), shown.out.end(), ','), 40) << shown.out;
     // Not elsewhere, unless asked for, and not in a run that is over at once.
     EXPECT_EQ(slow("slowly | dumpsig verify -k server.pub -").err, "");
     EXPECT_EQ(slow("dumpsig verify --progress -k server.pub v3").err, "");
