@@ -6,7 +6,7 @@
 #include "tests/support/temp_dir.h"
 
 #include <filesystem>
-#include <optional>
+#include <memory>
 
 #include <benchmark/benchmark.h>
 
@@ -19,13 +19,13 @@ const ExTraceableBase<ExDefault> kMessage("", "Unable to back up the mail of the
 /// One log after another, in a session of its own. Making and writing them stays out of the figures.
 class Run {
 public:
-    XmlLog& log() { return xml.value(); }
+    XmlLog& log() { return *xml; }
 
     /// Ends the log, and begins another. Returns the file that was written; the next call replaces it.
     std::string startAfresh() {
         xml.reset();
         std::filesystem::rename(session->getResultFile(), dir.path("result"));
-        xml.emplace("");
+        xml = std::make_unique<XmlLog>("");
         return dir.path("result");
     }
 
@@ -39,7 +39,7 @@ private:
     const test_support::TempDir dir;
     const test_support::FixedParams params{{{"PRODUCT_ROOT_D", dir.path()}, {"BSAADM", "root"}}};
     const SessionLifetimeController controller{dir.path("session")};
-    std::optional<XmlLog> xml{std::in_place, ""};
+    std::unique_ptr<XmlLog> xml = std::make_unique<XmlLog>("");
 };
 
 ObjectList domain(int64_t number) {
