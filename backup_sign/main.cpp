@@ -5,11 +5,10 @@
 #include "backup_sign/command_line.h"
 #include "backup_sign/run_lifetime.h"
 #include "backup_sign_lib/backup_sign.h"
-#include "commons/crypto/openssl_setup.h"
+#include "commons/crypto/openssl.h"
 #include "commons/log/log_facade.h"
 #include "commons/panel/param_source.h"
-#include "lib/process/lib/private_memory.h"
-#include "lib/process/lib/standard_streams.h"
+#include "lib/process/lib/this_process.h"
 
 #include <exception>
 #include <ios>

@@ -1,7 +1,7 @@
 #include "backup_sign_lib/digest.h"
 
 #include "backup_sign_lib/sign_errors.h"
-#include "commons/crypto/openssl_error.h"
+#include "commons/crypto/openssl.h"
 
 #include <openssl/crypto.h>
 #include <openssl/evp.h>

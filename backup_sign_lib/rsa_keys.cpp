@@ -3,10 +3,9 @@
 #include "backup_sign_lib/base64.h"
 #include "backup_sign_lib/byte_buffer.h"
 #include "backup_sign_lib/digest.h"
-#include "backup_sign_lib/malloc_ptr.h"
 #include "backup_sign_lib/openssl_ptr.h"
 #include "backup_sign_lib/sign_errors.h"
-#include "commons/crypto/openssl_error.h"
+#include "commons/crypto/openssl.h"
 
 #include <openssl/bn.h>
 #include <openssl/err.h>

@@ -1,7 +1,6 @@
 #include "backup_sign_lib/rsa_signature.h"
 
 #include "backup_sign_lib/base64.h"
-#include "backup_sign_lib/malloc_ptr.h"
 #include "backup_sign_lib/openssl_ptr.h"
 #include "backup_sign_lib/rsa_keys.h"
 #include "backup_sign_lib/sign_errors.h"

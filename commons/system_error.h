@@ -2,5 +2,5 @@
 
 // Failures that carry a code from below the program: an errno value, or the OpenSSL error queue.
 
-#include "commons/crypto/openssl_error.h"
+#include "commons/crypto/openssl.h"
 #include "commons/errors/system_error.h"

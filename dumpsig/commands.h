@@ -1,7 +1,7 @@
 #pragma once
 
-// The commands. Each writes its results to standard output and raises an exception, any std::exception, for
-// what makes exit code 2.
+// The commands, each in a source of its name (verify_command.cpp …). It writes its results to standard output
+// and raises an exception, any std::exception, for what makes exit code 2.
 
 #include "dumpsig/command_line.h"
 #include "dumpsig/exit_code.h"

@@ -6,7 +6,7 @@
 #include "commons/panel/param_source.h"
 #include "commons/panel/product_paths.h"
 #include "dumpsig/command_line.h"
-#include "dumpsig/errors.h"
+#include "dumpsig/exit_code.h"
 #include "dumpsig/input_file.h"
 
 #include <openssl/err.h>

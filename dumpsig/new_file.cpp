@@ -2,7 +2,7 @@
 
 #include "commons/errors/format.h"
 #include "commons/errors/system_error.h"
-#include "dumpsig/errors.h"
+#include "dumpsig/exit_code.h"
 #include "dumpsig/output.h"
 
 #include <filesystem>

@@ -1,9 +1,9 @@
 #include "dumpsig/program.h"
 
-#include "commons/crypto/openssl_setup.h"
+#include "commons/crypto/openssl.h"
 #include "dumpsig/commands.h"
 #include "dumpsig/output.h"
-#include "lib/process/lib/standard_streams.h"
+#include "lib/process/lib/this_process.h"
 
 #include <csignal>
 #include <exception>

@@ -1,6 +1,6 @@
 #include "commons/crypto/hex_text.h"
 
-#include "commons/crypto/openssl_error.h"
+#include "commons/crypto/openssl.h"
 
 #include <openssl/crypto.h>
 

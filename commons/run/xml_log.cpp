@@ -1,6 +1,7 @@
 #include "commons/run/xml_log.h"
 
 #include "commons/panel/product_paths.h"
+#include "commons/run/object_display_names.h"
 #include "commons/run/session_files.h"
 #include "commons/xml/xml_msg_formatter.h"
 #include "commons/xml/xpath_expr.h"
@@ -198,6 +199,21 @@ void DestroyXmlLog() {
     delete currentLog;
     currentLog = nullptr;
     DetachLogFacade();
+}
+
+LogObjectScope::LogObjectScope(const std::string& name, int kind)
+    : title(name + " " + objectDisplayName(kind)) {
+    logMessage(level::kVerbose, "=> {}", title);
+    if (currentLog != nullptr) {
+        currentLog->AddObject(name, objectDisplayName(kind));
+    }
+}
+
+LogObjectScope::~LogObjectScope() {
+    logMessage(level::kVerbose, "++ {}", title);
+    if (currentLog != nullptr) {
+        currentLog->RemoveEmptyObject();
+    }
 }
 
 } // namespace brask

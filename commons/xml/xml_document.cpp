@@ -1,7 +1,9 @@
 #include "commons/xml/xml_document.h"
 
+#include "commons/files/rename.h"
+#include "commons/files/retry.h"
+#include "commons/xml/atomic_save.h"
 #include "commons/xml/xml_error_handlers.h"
-#include "commons/xml/xml_error_text.h"
 
 #include <libxml/parser.h>
 #include <libxml/xmlerror.h>
@@ -196,6 +198,13 @@ int tXmlDocument::saveToStream(std::ostream& stream, const char* encoding) {
         writeToStream, keepStreamOpen, &stream, xmlGetCharEncodingHandler(XML_CHAR_ENCODING_UTF8));
     xmlSaveFileTo(buffer, doc_.get(), encoding);
     return 1;
+}
+
+void tXmlDocument::saveToFileAtomically(const std::string& path) {
+    const std::string file = makeFileBeside(path, "xp-stfa-");
+    saveToFile(file);
+    giveToPanel(file);
+    retryFileOperation([&] { brask::rename(file, path); });
 }
 
 tXmlBmmDocument::tXmlBmmDocument(const char* filename) : tXmlDocument(filename) {}

@@ -26,7 +26,6 @@ BRASK_ERROR_TAG(tError_ParseFile,
 BRASK_ERROR_TAG(tError_WrongInputFile,
                 "The XML file does not exist or is not a regular file. Check the file '{}'")
 BRASK_ERROR_TAG(tError_SaveFile, "Cannot save the XML document to file '{}'")
-BRASK_ERROR_TAG(CantTakeFileOwnership, "Cannot take ownership of {}: {}")
 BRASK_ERROR_TAG(tError_WrongContent, "{}")
 BRASK_ERROR_TAG(tError_EmptyDoc, "The document is empty. Cannot find the root element <{}>")
 BRASK_ERROR_TAG(tError_WrongDoc,

@@ -1,27 +1,26 @@
 #pragma once
 
-// Where libxml2's generic error text goes, which is standard error by default, for the time of a block.
+// Where libxml2's generic error text goes, which is standard error by default.
 
 #include <libxml/xmlerror.h>
 
 namespace brask {
 
+/// Appends one formatted fragment of libxml2's error text to the std::string at `ctx`, with nothing between
+/// the fragments: libxml2 calls its handler several times for one error and writes the line breaks itself.
+/// The signature is that of libxml2's generic error function and of the handlers of a validation context.
+void appendXmlErrorText(void* ctx, const char* format, ...) __attribute__((format(printf, 2, 3)));
+
 /// Keeps libxml2 from writing to standard error, for calls whose failure is told by an exception. The handler
 /// that was there comes back.
 class QuietXmlErrors {
 public:
-    QuietXmlErrors() : handler(xmlGenericError), context(xmlGenericErrorContext) {
-        xmlSetGenericErrorFunc(nullptr, ignore);
-    }
-
+    QuietXmlErrors();
     QuietXmlErrors(const QuietXmlErrors&) = delete;
     QuietXmlErrors& operator=(const QuietXmlErrors&) = delete;
-
-    ~QuietXmlErrors() { xmlSetGenericErrorFunc(context, handler); }
+    ~QuietXmlErrors();
 
 private:
-    static void ignore(void* /*context*/, const char* /*format*/, ...) {}
-
     xmlGenericErrorFunc handler;
     void* context;
 };
@@ -33,8 +32,7 @@ public:
     XmlErrorsReset() = default;
     XmlErrorsReset(const XmlErrorsReset&) = delete;
     XmlErrorsReset& operator=(const XmlErrorsReset&) = delete;
-
-    ~XmlErrorsReset() { xmlSetGenericErrorFunc(nullptr, nullptr); }
+    ~XmlErrorsReset();
 };
 
 } // namespace brask

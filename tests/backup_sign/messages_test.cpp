@@ -1,6 +1,6 @@
 #include "backup_sign/command_line.h"
 #include "backup_sign_lib/sign_errors.h"
-#include "commons/crypto/openssl_error.h"
+#include "commons/crypto/openssl.h"
 #include "commons/files/file_utils.h"
 #include "commons/files/temp_file.h"
 #include "commons/run/session_files.h"

@@ -1,5 +1,4 @@
 #include "backup_sign_lib/base64.h"
-#include "backup_sign_lib/malloc_ptr.h"
 
 #include <gtest/gtest.h>
 #include <openssl/evp.h>

@@ -1,5 +1,5 @@
 #include "dumpsig/command_line.h"
-#include "dumpsig/errors.h"
+#include "dumpsig/exit_code.h"
 #include "tests/support/thrown_text.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "commons/xml/xml_error_text.h"
+#include "commons/xml/xml_error_handlers.h"
 
 #include <libxml/xmlerror.h>
 

@@ -1,17 +1,66 @@
 #include "lib/process/lib/exchange.h"
 
 #include "commons/errors/system_error.h"
-#include "lib/process/lib/child_io.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 
 #include <unistd.h>
 
 namespace brask {
 
 namespace {
+
+/// Drains the non-blocking `fd` and hands the bytes to `callback`, which may be null. True: come back when
+/// there is more; false: the stream has ended.
+/// Raises SystemError("readToCallback failed"), and passes on what the callback throws.
+bool readToCallback(int fd, OutputCallback* callback, void* context, char* buffer, size_t bufferSize) {
+    for (;;) {
+        const ssize_t length = read(fd, buffer, bufferSize);
+        if (length == 0) {
+            return false;
+        }
+        if (length > 0) {
+            if (callback != nullptr) {
+                callback(buffer, static_cast<size_t>(length), context);
+            }
+        } else if (errno == EAGAIN) {
+            return true;
+        } else if (errno != EINTR) {
+            throwSystemError("readToCallback failed", errno);
+        }
+    }
+}
+
+/// Writes to the non-blocking `fd` until the pipe is full. The first `pendingBytes` of `buffer` are still to
+/// be written, 0 at first; whenever there are none, `callback`, which must not be null, is asked for more.
+/// True: come back when there is room; false: there is no more input, or nobody reads.
+/// Raises SystemError("writeFromCallback failed"), and passes on what the callback throws.
+bool writeFromCallback(int fd, char* buffer, size_t bufferSize, size_t& pendingBytes, InputCallback* callback,
+                       void* context) {
+    for (;;) {
+        if (pendingBytes == 0) {
+            pendingBytes = callback(buffer, bufferSize, context);
+            if (pendingBytes == 0) {
+                return false;
+            }
+        }
+        const ssize_t length = write(fd, buffer, pendingBytes);
+        if (length >= 0) {
+            const auto written = static_cast<size_t>(length);
+            pendingBytes -= written;
+            memmove(buffer, buffer + written, pendingBytes);
+        } else if (errno == EAGAIN) {
+            return true;
+        } else if (errno == EPIPE) {
+            return false;
+        } else if (errno != EINTR) {
+            throwSystemError("writeFromCallback failed", errno);
+        }
+    }
+}
 
 void closeStream(int& fd) {
     close(fd);

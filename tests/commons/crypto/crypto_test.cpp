@@ -1,5 +1,5 @@
 #include "commons/crypto/hex_text.h"
-#include "commons/crypto/openssl_error.h"
+#include "commons/crypto/openssl.h"
 
 #include <gmock/gmock.h>
 #include <openssl/err.h>

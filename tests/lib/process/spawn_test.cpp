@@ -1,6 +1,6 @@
 #include "commons/errors/system_error.h"
+#include "lib/process/lib/closefrom.h"
 #include "lib/process/lib/spawn.h"
-#include "lib/process/lib/strict_number.h"
 #include "tests/support/child.h"
 
 #include <gmock/gmock.h>

@@ -1,8 +1,9 @@
-#include "lib/process/lib/standard_streams.h"
+#include "lib/process/lib/this_process.h"
 
 #include "commons/errors/system_error.h"
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 namespace brask {
@@ -15,6 +16,12 @@ void reserveStandardStreams() {
             throwErrno("/dev/null");
         }
     }
+}
+
+void keepMemoryPrivate() {
+#ifdef NDEBUG
+    prctl(PR_SET_DUMPABLE, 0); // can't fail with this argument
+#endif
 }
 
 } // namespace brask

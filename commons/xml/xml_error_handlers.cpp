@@ -1,4 +1,4 @@
-#include "commons/xml/xml_error_text.h"
+#include "commons/xml/xml_error_handlers.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -6,6 +6,12 @@
 #include <string>
 
 namespace brask {
+
+namespace {
+
+void ignore(void* /*context*/, const char* /*format*/, ...) {}
+
+} // namespace
 
 void appendXmlErrorText(void* ctx, const char* format, ...) {
     va_list args;
@@ -21,6 +27,18 @@ void appendXmlErrorText(void* ctx, const char* format, ...) {
     vsnprintf(fragment.get(), size, format, args);
     va_end(args);
     static_cast<std::string*>(ctx)->append(fragment.get());
+}
+
+QuietXmlErrors::QuietXmlErrors() : handler(xmlGenericError), context(xmlGenericErrorContext) {
+    xmlSetGenericErrorFunc(nullptr, ignore);
+}
+
+QuietXmlErrors::~QuietXmlErrors() {
+    xmlSetGenericErrorFunc(context, handler);
+}
+
+XmlErrorsReset::~XmlErrorsReset() {
+    xmlSetGenericErrorFunc(nullptr, nullptr);
 }
 
 } // namespace brask
