@@ -48,7 +48,7 @@ ObjectList domain(int64_t number) {
 
 void messagesAtTheRootThenInOneObject(benchmark::State& state) {
     Run run;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         for (int64_t i = 0; i < state.range(0); ++i) {
             run.log().AddMessage(40, kMessage);
         }
@@ -62,7 +62,7 @@ void messagesAtTheRootThenInOneObject(benchmark::State& state) {
 
 void messagesAtTheRootAndInOneObjectInTurn(benchmark::State& state) {
     Run run;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         for (int64_t i = 0; i < state.range(0); ++i) {
             run.log().AddMessage(40, kMessage);
             run.log().AddMessage(40, kMessage, domain(1));
@@ -81,7 +81,7 @@ void addDistinctObjects(XmlLog& log, int64_t count) {
 
 void distinctObjectsBesideMessages(benchmark::State& state) {
     Run run;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         addDistinctObjects(run.log(), state.range(0));
         run.startAfresh(state);
     }
@@ -99,7 +99,7 @@ void mergedResult(benchmark::State& state) {
     const std::string written = run.startAfresh();
     const std::string result = written + ".merged";
     std::filesystem::rename(written, result);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         AddResultFile(run.log(), result);
         run.startAfresh(state);
     }

@@ -64,7 +64,7 @@ Attendant::~Attendant() {
 }
 
 void Attendant::removeIfInterrupted(const std::string& path) {
-    const std::lock_guard lock(mutex);
+    const std::scoped_lock lock(mutex);
     partialFile = path;
 }
 
@@ -97,7 +97,7 @@ void Attendant::dieOf(int signal) {
     if (drawn) {
         display.erase();
     }
-    const std::lock_guard lock(mutex);
+    const std::scoped_lock lock(mutex);
     if (!partialFile.empty()) {
         unlink(partialFile.c_str());
     }

@@ -56,6 +56,18 @@ void syncOrThrow(int fd, const std::string& path) {
     }
 }
 
+void syncFolder(const std::string& path) {
+    const Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // A folder that may be written need not be readable, and can't be synced then.
+    if (folder.get() < 0 && errno == EACCES) {
+        return;
+    }
+    if (folder.get() < 0) {
+        brask::throwSystemError(path, errno);
+    }
+    syncOrThrow(folder.get(), path);
+}
+
 /// Gives a file its name, if nothing has it. Not every file system can do that in one step.
 int renameToFreeName(const char* from, const char* to) {
     const int result = renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE);
@@ -95,11 +107,7 @@ void NewFile::commit() {
         brask::throwSystemError(path, errno);
     }
     committed = true;
-    const Descriptor folder(open(folderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folder.get() < 0 && errno == EACCES) {
-        return; // a folder that may be written need not be readable, and can't be synced then
-    }
-    syncOrThrow(folder.get(), folderOf(path));
+    syncFolder(folderOf(path));
 }
 
 } // namespace dumpsig

@@ -78,7 +78,7 @@ std::size_t Source::fillFrom(InputFile& volume, Buffer& buffer) {
 void Source::closeVolume() {
     const Volume& volume = volumes[current];
     if (volume.size && readFromVolume < *volume.size) {
-        BRASK_THROW(FileError, file->name(), "shrank while it was read");
+        BRASK_THROW(FileError, file.value().name(), "shrank while it was read");
     }
     file.reset();
     readFromVolume = 0;
@@ -156,7 +156,7 @@ std::optional<ReadAhead::Block> ReadAhead::Pipeline::next() {
 }
 
 void ReadAhead::Pipeline::stop() {
-    const std::lock_guard lock(mutex);
+    const std::scoped_lock lock(mutex);
     stopped = true;
     roomMade.notify_one();
 }

@@ -37,12 +37,12 @@ std::string stripToStandardOutput(const CommandLine& call, const Volumes& volume
 std::string stripToFile(const CommandLine& call, const Volumes& volumes) {
     struct stat place {};
 
-    if (stat(call.output->c_str(), &place) == 0) {
+    if (stat(call.output.value().c_str(), &place) == 0) {
         refuseVolumeAsOutput(volumes, place);
     }
     const auto counter = std::make_shared<std::atomic<std::uint64_t>>();
     Attendant attendant(progressDisplay(call, volumes, counter));
-    NewFile file(*call.output, call.force, attendant);
+    NewFile file(call.output.value(), call.force, attendant);
     const Sink write = [&](std::string_view bytes) { file.write(bytes); };
     std::string problem = copyContent(volumes, write, counter);
     if (problem.empty()) {
@@ -90,7 +90,7 @@ std::string stripInPlace(const std::string& path) {
         BRASK_THROW(FileError, path, "changed while it was read");
     }
     const int fd = file.descriptor();
-    if (ftruncate(fd, static_cast<off_t>(document->offset)) != 0 || fsync(fd) != 0) {
+    if (ftruncate(fd, static_cast<off_t>(document.value().offset)) != 0 || fsync(fd) != 0) {
         brask::throwSystemError(path, errno);
     }
     return {};

@@ -76,12 +76,13 @@ bool writeToFile(const char* filename, xmlDoc* doc, const char* encoding) {
     if (encoding != nullptr && handler == nullptr) {
         return false;
     }
-    std::FILE* const file = isStandardStream(filename) ? stdout : std::fopen(filename, "wb");
+    const bool standard = isStandardStream(filename);
+    std::FILE* const file = standard ? stdout : std::fopen(filename, "wb");
     if (file == nullptr) {
         return false;
     }
     const int written = xmlSaveFileTo(xmlOutputBufferCreateFile(file, handler), doc, encoding);
-    return (file == stdout || std::fclose(file) == 0) && written >= 0;
+    return (standard || std::fclose(file) == 0) && written >= 0;
 }
 
 int writeToStream(void* context, const char* buffer, int length) {

@@ -17,8 +17,11 @@ namespace {
 
 #define TEXT_OF_VALUE(value) #value
 #define TEXT_OF(macro) TEXT_OF_VALUE(macro)
+// NOLINTBEGIN(bugprone-macro-parentheses): a name that is declared takes none.
 #define IMPORT(function)                                                                                     \
     const decltype(&::function) function = reinterpret_cast<decltype(&::function)>(find(#function))
+
+// NOLINTEND(bugprone-macro-parentheses)
 
 /// Libcrypto, loaded on demand: the tool waits for the helper in each of its runs, and loading the library
 /// takes longer than all that the helper does for it. It stays loaded to the end of the process.

@@ -147,6 +147,7 @@ std::vector<KeyStore::Entry> KeyStore::list() const {
         std::rotate(names.begin(), names.end() - 1, names.end());
     }
     std::vector<Entry> entries;
+    entries.reserve(names.size());
     for (const std::string& name : names) {
         entries.push_back(describe(name));
     }

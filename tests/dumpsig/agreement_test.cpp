@@ -22,7 +22,7 @@ public:
     Volumes make(const std::string& folder) {
         // The library that signs is for one thread.
         static std::mutex mutex;
-        const std::lock_guard lock(mutex);
+        const std::scoped_lock lock(mutex);
         Volumes volumes;
         for (int count = between(1, 3); count > 0; --count) {
             volumes.push_back(folder + "/" + std::to_string(count));

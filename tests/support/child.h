@@ -47,7 +47,7 @@ ChildOutcome inChild(Body body) {
     waitpid(pid, &status, 0);
 
     const auto content = [](FILE* file) {
-        rewind(file);
+        fseek(file, 0, SEEK_SET);
         std::string text;
         for (int c = fgetc(file); c != EOF; c = fgetc(file)) {
             text += static_cast<char>(c);
