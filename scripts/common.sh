@@ -55,11 +55,3 @@ build() {
             cmake --build --preset "$1" --parallel "$(nproc)" ${2+--target "${@:2}"}
     ) 9>"$repo/build/.lock" </dev/null
 }
-
-# have_proof_tools: installs what scripts/faults and scripts/load need beyond the build, if it is missing.
-have_proof_tools() {
-    if ! command -v strace >/dev/null || ! command -v python3 >/dev/null; then
-        "$repo/scripts/setup" --tools
-    fi
-    "$repo/scripts/setup" --quiet
-}

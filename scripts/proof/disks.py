@@ -2,7 +2,6 @@
 
 import os
 import resource
-import shutil
 import signal
 from dataclasses import dataclass
 

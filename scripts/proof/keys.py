@@ -3,6 +3,7 @@
 import base64
 import hashlib
 import re
+from functools import lru_cache
 
 MARKER = b"<Signature xmlns="
 DOCUMENT_END = b"</Signature>"
@@ -55,6 +56,15 @@ class Pair:
         # What must never be seen anywhere else: the lines of the private key.
         private_text = text[: text.index(b"-----END RSA PRIVATE KEY-----")]
         self.secrets = [line for line in private_text.split(b"\n") if len(line) == 64]
+
+
+@lru_cache(maxsize=64)
+def pair_of(text):
+    """The pair that a text holds, or None if it holds none."""
+    try:
+        return Pair(text)
+    except (TypeError, ValueError):
+        return None
 
 
 def element(document, name):

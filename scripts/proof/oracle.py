@@ -32,6 +32,7 @@ LOADER_LINES = re.compile(rb".*(error while loading shared libraries|cannot |rel
 SIGNALS = {plan.KILL: signal.SIGKILL, "SIGXFSZ": signal.SIGXFSZ}
 LOG_FILES = {"session": {"migration.log", "migration.result"}, "custom": {"custom.log", "profile.log"}, "tmp": set()}
 ARCHIVED = re.compile(r"pair\.pem\.\d{8}T\d{6}\.\d{6}Z")
+REPORT = re.compile(r"\.lock|report-\d{8}T\d{6}\.\d{9}\.xml")
 # A killed writer's files wait for the next one, which removes them under the lock.
 UNFINISHED = ("pair.pem.new", "pair.pem.copy", "bu_pubkey.txt.new")
 
@@ -115,7 +116,7 @@ class Check:
             return
         kept = [self.pair_after] + [read(path) for path in self.archive()]
         for text in kept:
-            if not is_pair(text):
+            if keys.pair_of(text) is None:
                 self.add("pair", f"not whole: {text[:80]!r}")
         if self.pair_before not in (None, *kept):
             self.add("pair lost", "the pair that was there is neither current nor archived")
@@ -143,8 +144,8 @@ class Check:
             self.add("append", f"{len(tail)} bytes of a document")
 
     def verifies(self):
-        return is_pair(read(self.sandbox.pair_file)) and keys.verifies(
-            self.sandbox.read_dump(), keys.Pair(read(self.sandbox.pair_file)))
+        pair = keys.pair_of(read(self.sandbox.pair_file))
+        return pair is not None and keys.verifies(self.sandbox.read_dump(), pair)
 
     # What exit code 0 claims
 
@@ -176,7 +177,8 @@ class Check:
             self.add("execution log", f"cut off: {text[-80:]!r}")
 
     def check_published(self):
-        if is_pair(self.pair_after) and keys.Pair(self.pair_after).public_text not in read(self.sandbox.published):
+        pair = keys.pair_of(self.pair_after)
+        if pair is not None and pair.public_text not in read(self.sandbox.published):
             self.add("published", f"not the current public key: {read(self.sandbox.published)!r}")
 
     # What lies about
@@ -184,7 +186,7 @@ class Check:
     def check_files(self):
         for path in self.sandbox.files():
             if not self.is_expected(path):
-                self.add("file", str(path.relative_to(self.sandbox.root)))
+                self.add("file", str(path))
             elif path.parent == self.sandbox.store and stat.S_IMODE(path.stat().st_mode) != 0o600:
                 self.add("pair", f"mode of {path.name}: {stat.S_IMODE(path.stat().st_mode):o}")
 
@@ -194,6 +196,8 @@ class Check:
             return self.case.fault in SIGNALS
         if path.parent == sandbox.store:
             return path.name in ("pair.pem", "lock") or ARCHIVED.fullmatch(path.name)
+        if path.parent == sandbox.var / "error-reports":
+            return REPORT.fullmatch(path.name)
         if path.parent in (sandbox.session, sandbox.custom, sandbox.temp):
             return path.name in LOG_FILES[path.parent.name]
         return path in (*sandbox.volumes, sandbox.published, sandbox.product / "BMM/log4cpp.properties")
@@ -238,14 +242,6 @@ def read(path):
 def path_is_small(text):
     """Volumes are random bytes of megabytes: a key can't be in them unless it was written there."""
     return len(text) < 60000
-
-
-def is_pair(text):
-    try:
-        keys.Pair(text)
-        return True
-    except (TypeError, ValueError):
-        return False
 
 
 def keys_of(text):

@@ -41,7 +41,7 @@ class Scenario:
         if self.of_helper:
             return [str(sandbox.real_helper), self.command] + ([ARCHIVED] if self.command == RESTORE else [])
         if self.command == "record":
-            return [str(sandbox.build.folder / "bin/example_record_run"), str(sandbox.session)]
+            return [str(sandbox.build.folder / "bin/record_run"), str(sandbox.session)]
         words = [str(sandbox.build.tool)]
         if self.session:
             words.append(f"--session-path={sandbox.session}")

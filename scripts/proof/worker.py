@@ -1,5 +1,6 @@
 """Processes that try cases side by side, each in a sandbox of its own."""
 
+import fcntl
 import os
 import resource
 import shutil
@@ -8,13 +9,11 @@ import sys
 import tempfile
 from concurrent.futures import ProcessPoolExecutor
 from contextlib import contextmanager
-from pathlib import Path
 
-from sandbox import Build, Sandbox, become_subreaper, can_have_own_mounts, enter_own_mounts
+from sandbox import Build, Sandbox, become_subreaper, can_have_own_mounts, enter_own_mounts, mount
 
 DESCRIPTORS = 1024  # what a login shell has; closing them one by one under strace takes a while
-
-HOME_PREFIX = "backup-sign-proof."
+MEMORY = "size=512m"  # of each process, so that no runaway trace or log takes the machine's
 
 sandbox = None  # this process's
 
@@ -27,14 +26,8 @@ def prepare(build_folder, home, own_mounts):
     become_subreaper()
     if own_mounts:
         enter_own_mounts()
+        mount("none", home, "tmpfs", 0, MEMORY)  # goes with this process, whatever ends it
     sandbox = Sandbox(Build(build_folder), home, own_mounts)
-
-
-def remove_strays(memory):
-    """What runs that were killed have left."""
-    for folder in memory.glob(f"{HOME_PREFIX}*"):
-        if not Path("/proc", folder.name.split(".")[1]).exists():
-            shutil.rmtree(folder, ignore_errors=True)
 
 
 @contextmanager
@@ -43,9 +36,9 @@ def workers(build_folder, jobs):
     # So that what was laid out is cleared away.
     signal.signal(signal.SIGTERM, lambda *_: sys.exit("stopped"))
     own_mounts = can_have_own_mounts()
-    memory = Path("/dev/shm" if os.access("/dev/shm", os.W_OK) else tempfile.gettempdir())
-    remove_strays(memory)
-    home = tempfile.mkdtemp(prefix=f"{HOME_PREFIX}{os.getpid()}.", dir=memory)
+    lock = os.open(build_folder, os.O_RDONLY)  # kept to the end; moving the build's tree would take others' mounts away
+    fcntl.flock(lock, fcntl.LOCK_SH if own_mounts else fcntl.LOCK_EX)
+    home = tempfile.mkdtemp(prefix="backup-sign-proof.")
     pool = ProcessPoolExecutor(jobs if own_mounts else 1, initializer=prepare,
                                initargs=(build_folder, home, own_mounts))
     try:
