@@ -6,5 +6,7 @@ cd "$repo"
 rooms=$(grep -E '^\| [0-9]+ \|' README.md | cut -d'|' -f3 | grep -oE '[a-z0-9_/]+/' | sed 's,/$,,')
 [[ -n $rooms ]] || die "README.md has no table of rooms"
 for room in $rooms; do
-    grep -qF "\"$room\"" docs/rooms.dot && grep -qF ">$room<" docs/rooms.svg || die "docs/rooms.dot or .svg lacks $room"
+    if ! grep -qF "\"$room\"" docs/rooms.dot || ! grep -qF ">$room<" docs/rooms.svg; then
+        die "docs/rooms.dot or .svg lacks $room"
+    fi
 done

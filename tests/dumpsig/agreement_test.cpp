@@ -2,6 +2,7 @@
 #include "tests/end_to_end/tool_fixture.h"
 
 #include <boost/algorithm/string/replace.hpp>
+#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <future>

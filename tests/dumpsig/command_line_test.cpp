@@ -2,6 +2,8 @@
 #include "dumpsig/exit_code.h"
 #include "tests/support/thrown_text.h"
 
+#include <gmock/gmock.h>
+
 namespace {
 
 using namespace dumpsig;

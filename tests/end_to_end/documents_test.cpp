@@ -69,12 +69,13 @@ TEST_F(DocumentsTest, VerifyIndependentlySaysWhatTheToolSays) {
         {":", "-k bu_pubkey.txt dump.1 absent", 2, ""},
     };
 
+    const std::string script = REPOSITORY "/scripts/verify-independently";
     for (const auto& row : cases) {
         SCOPED_TRACE(row.arguments);
         shell("cd \"$1\" && { " + std::string(row.preparation) + "; } 2>/dev/null", {dir.path("")});
         const Outcome outcome =
-            runProgram({"/bin/sh", "-c", "cd \"$1\" && exec \"$0\" " + std::string(row.arguments),
-                        REPOSITORY "/scripts/verify-independently", dir.path("")});
+            runProgram({"/bin/sh", "-c", "cd \"$1\" && exec \"$0\" " + std::string(row.arguments), script,
+                        dir.path("")});
         EXPECT_EQ(outcome.out, row.verdict);
         EXPECT_EQ(outcome.status, row.status);
     }

@@ -15,6 +15,7 @@ class DumpTest : public ToolTest {
 protected:
     std::vector<std::string> volumes(const std::vector<std::string>& contents) const {
         std::vector<std::string> paths;
+        paths.reserve(contents.size());
         for (std::size_t i = 0; i < contents.size(); ++i) {
             paths.push_back(dir.write("volume" + std::to_string(i), contents[i]));
         }

@@ -119,7 +119,6 @@ TEST_F(SessionTest, ProfileGetsTwoRecordsAndNothingElseDependsOnIt) {
                    ? test_support::readFile(dir.path("profile.log"))
                    : "";
     };
-    const std::string time = "\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3}";
     std::istringstream records(profiled({{"CUSTOM_LOG", dir.path("custom.log")}}));
     std::string start;
     std::string finish;

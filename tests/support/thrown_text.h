@@ -9,7 +9,7 @@ namespace test_support {
 
 /// What `action` raised, which must be an E; its text. Anything else fails the test.
 template <class E, class Action>
-std::string thrownText(Action action) {
+std::string thrownText(const Action& action) {
     try {
         action();
         ADD_FAILURE() << "nothing was raised";
