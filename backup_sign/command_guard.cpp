@@ -21,7 +21,7 @@ int runGuarded(RunLifetime& run, const std::function<void()>& command) {
         std::cout << e.GetText() << std::endl;
         return 1;
     } catch (const boost::exception& e) {
-        // No exit code is told to the run on this path: its stop line says that none was reported.
+        // The run gets no exit code on this path: its stop line says that none was reported.
         logMessage(level::kVerbose, "{}", boost::diagnostic_information(e, true));
         throw;
     } catch (...) {

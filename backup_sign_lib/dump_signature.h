@@ -1,8 +1,8 @@
 #pragma once
 
 // Signing and verifying a dump. A dump is one file or an ordered list of volumes, and its content plays no
-// part. Signed, it has a signature document behind the last byte of its last volume; the signature covers all
-// that stands in front of it, in the order of the volumes.
+// part. Signed, it has a signature document after the last byte of its last volume; the signature covers all
+// that precedes it, in the order of the volumes.
 //
 // `files` holds the volumes in order and must not be empty. Keys are PEM text.
 

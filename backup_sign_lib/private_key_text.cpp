@@ -9,7 +9,7 @@ namespace {
 constexpr std::string_view kBegin = "-----BEGIN ";
 constexpr std::string_view kDashes = "-----";
 
-/// Where the block ends whose label begins at `labelBegin`: behind its END line, or at the end of the text.
+/// Where the block ends whose label begins at `labelBegin`: after its END line, or at the end of the text.
 size_t blockEnd(const std::string& text, const std::string& label, size_t labelBegin) {
     const std::string endLine = "-----END " + label + std::string(kDashes);
     const size_t end = text.find(endLine, labelBegin);

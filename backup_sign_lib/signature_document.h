@@ -1,6 +1,6 @@
 #pragma once
 
-// The signature document: the text that stands behind the last byte of a signed dump. It has the shape of an
+// The signature document: the text after the last byte of a signed dump. It has the shape of an
 // XML digital signature, but it is written as plain text, to the byte, and nothing is ever canonicalised.
 
 #include "backup_sign_lib/digest.h"
@@ -12,7 +12,7 @@
 
 namespace brask {
 
-/// The four texts of a document as they stand there, line feeds included.
+/// The four texts of a document as they are there, line feeds included.
 struct SignatureData {
     std::string digestValue;
     std::string signatureValue;

@@ -2,7 +2,7 @@
 
 _backup_sign() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} words
-    # To bash the "=" of an option is a word, and the directory behind it another.
+    # To bash the "=" of an option is a word, and the directory after it another.
     if [[ $current == = ]]; then
         current=''
     elif [[ $previous == = ]]; then

@@ -12,7 +12,7 @@ namespace dumpsig {
 
 namespace {
 
-/// Prints what follows the options in a call, which the library is not told: see Parser::takeFiles.
+/// Prints what follows the options in a call, which the library does not know: see Parser::takeFiles.
 class HelpFormat final : public CLI::Formatter {
 public:
     explicit HelpFormat(std::string files) : files(std::move(files)) {}

@@ -71,7 +71,7 @@ struct PemBlock {
     BRASK_THROW(FileError, path, "holds a damaged block");
 }
 
-/// The next block; nothing behind the last. The reader that asks for no password is used on purpose: a key
+/// The next block; nothing after the last. The reader that asks for no password is used on purpose: a key
 /// file must not make the program talk to a terminal.
 std::optional<PemBlock> readBlock(BIO* text, const std::string& path) {
     char* name = nullptr;

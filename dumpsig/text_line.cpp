@@ -29,7 +29,7 @@ std::size_t controlLength(std::string_view text) {
     return (first < 0x20 && first != '\t') || first == 0x7F ? 1 : 0;
 }
 
-/// The first byte of a character in UTF-8: the range that it stands in, the length of the character, and what
+/// The first byte of a character in UTF-8: the range that it is in, the length of the character, and what
 /// its second byte may be. These are the well-formed byte sequences of the Unicode standard (table 3-7).
 struct Lead {
     unsigned char first;

@@ -24,7 +24,7 @@ public:
     int number(const std::string& key, int fallback) const;
     /// Anything but "true" is false.
     bool flag(const std::string& key, bool fallback) const;
-    /// The type in a value such as "org.apache.log4j.FileAppender": what stands behind the last dot. Empty
+    /// The type in a value such as "org.apache.log4j.FileAppender": what follows the last dot. Empty
     /// when the file does not have the property.
     std::string type(const std::string& key) const;
 

@@ -23,7 +23,7 @@ std::string withoutPrefix(const std::string& key) {
     return key;
 }
 
-/// The file as it stands, before any substitution.
+/// The file as it is, before any substitution.
 Properties readLines(std::istream& in) {
     Properties properties;
     for (std::string line; std::getline(in, line);) {

@@ -16,7 +16,7 @@ std::string trim(const std::string& text);
 
 /// Reads `in` as the stock configurator would: '#' begins a comment anywhere, both sides of the first '=' are
 /// trimmed, of a repeated key the first line counts. A value's ${name} is replaced by the entry of
-/// `variables`, else by the value of the file's own key `name`, wherever that stands, else by the
+/// `variables`, else by the value of the file's own key `name`, wherever that is, else by the
 /// environment's, else by nothing; what a key says of itself is not the file's. What came from `variables` or
 /// the environment is not looked at again. Raises log4cpp::ConfigureFailure for a value that grows beyond
 /// 1 MiB.

@@ -36,7 +36,7 @@ public:
     virtual void OnFunction(const std::string& function) = 0;
     virtual void OnFile(const std::string& file) = 0;
     virtual void OnLine(int line) = 0;
-    /// What follows is told by the included exception.
+    /// What follows comes from the included exception.
     virtual void OnInner() = 0;
     virtual void OnSeverity(int severity) = 0;
 };
@@ -48,7 +48,7 @@ public:
     ExVisitable& operator=(const ExVisitable&) = default;
     virtual ~ExVisitable() = default;
 
-    /// Sends the facts to `visitor`. A visitor that throws ends it; what it was told so far stays with it.
+    /// Sends the facts to `visitor`. A visitor that throws ends it; it keeps what it got so far.
     virtual void Accept(ExInfoVisitor& visitor) const = 0;
 };
 

@@ -51,7 +51,7 @@ public:
 
     void OnSeverity(int value) override { severity = value; }
 
-    /// Turns the facts told since the last flush into the text, in place of what the text was.
+    /// Turns the facts received since the last flush into the text, in place of what the text was.
     void Flush();
 
     const std::string& GetResult() const { return text; }

@@ -44,7 +44,7 @@ public:
     static const BackupSettings& instance();
 
     /// The defaults, overridden by what the file at `path` says; the defaults alone if there is no file.
-    /// A file that can't be read or parsed, or a bad number in it, is told to the log and is no failure: the
+    /// A file that can't be read or parsed, or a bad number in it, is logged and is no failure: the
     /// values before the bad one keep what the file gave them, it and those after it their defaults.
     explicit BackupSettings(const std::string& path);
 

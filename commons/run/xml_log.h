@@ -33,18 +33,17 @@ namespace brask {
 /// Collects the run's messages in memory; the destructor writes them to the disk, all at once.
 ///
 /// Looking an object up by name and type takes no longer for the messages beside it. It goes by the objects
-/// that came and went through the operations of Log: nobody else may add or remove any. Names and types stand
-/// for XPath literals, unescaped: one with a quote makes a look-up raise tError_XPath_CantEvaluate.
+/// that came and went through the operations of Log: nobody else may add or remove any. Names and types are
+/// put into XPath expressions unescaped: one with a quote makes a look-up raise tError_XPath_CantEvaluate.
 class XmlLog final : public Log, public tXmlBmmDocument {
 public:
     /// A log for the file `fileName` of the session directory, "migration.result" if it is empty. A file that
-    /// stands there keeps its content under the first free one of the names with ".1", ".2" and so on behind
-    /// it. Raises AssertionFailed without a session, std::filesystem::filesystem_error when the file cannot
-    /// be renamed.
+    /// is there already is renamed: ".1", ".2" and so on is appended, the first that is free. Raises
+    /// AssertionFailed without a session, std::filesystem::filesystem_error when the file cannot be renamed.
     explicit XmlLog(const std::string& fileName);
 
-    /// Writes the file as XmlNode::saveToFileAtomically does. The status of a run that never told any, not
-    /// even success, is "error". A failure leaves no partial file under the log's name; it is told to the
+    /// Writes the file as XmlNode::saveToFileAtomically does. The status of a run that never set one, not
+    /// even success, is "error". A failure leaves no partial file under the log's name; it goes to the
     /// debug log as an error and the run goes on.
     ~XmlLog() override;
 

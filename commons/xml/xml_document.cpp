@@ -52,7 +52,7 @@ xmlDoc* parseText(const std::string& content) {
     xmlDoc* const doc = xmlCtxtReadMemory(parser.get(), content.data(), static_cast<int>(content.size()),
                                           nullptr, nullptr, kParseOptions);
     if (doc != nullptr && parser.get()->input->cur < parser.get()->input->end) {
-        // Behind the root libxml2 takes a zero byte for the end of the text, whatever follows.
+        // After the root, libxml2 takes a zero byte for the end of the text, whatever follows.
         xmlGenericError(xmlGenericErrorContext,
                         "Entity: line %d: parser error : Char 0x0 out of allowed range\n",
                         parser.get()->input->line);

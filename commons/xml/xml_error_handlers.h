@@ -11,7 +11,7 @@ namespace brask {
 /// The signature is that of libxml2's generic error function and of the handlers of a validation context.
 void appendXmlErrorText(void* ctx, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
-/// Keeps libxml2 from writing to standard error, for calls whose failure is told by an exception. The handler
+/// Keeps libxml2 from writing to standard error, for calls whose failure becomes an exception. The handler
 /// that was there comes back.
 class QuietXmlErrors {
 public:

@@ -15,7 +15,7 @@ BRASK_ERROR_TAG(tError_XPath_TypesMismatch, "The result of the expression '{}' i
 
 class tXmlOperator;
 
-/// Told of a failure during foreach_xmlnode.
+/// Called with a failure during foreach_xmlnode.
 using tErrorFunc = void (*)(const ExTraceableBase<ExDefault>& error);
 
 /// One evaluated XPath expression, which owns its context and its result; copies share them. The document is
@@ -73,7 +73,7 @@ public:
 
 /// Calls `op` for each node of the expression's set, in order, and returns 1. An ExTraceableBase<ExDefault>
 /// that it throws goes to `onError`, and the walk goes on; any other exception ends the walk. A null set is
-/// told to `onError` and gives 0. Raises tError_XPath_TypesMismatch when the result is no node set.
+/// passed to `onError` and gives 0. Raises tError_XPath_TypesMismatch when the result is no node set.
 int foreach_xmlnode(const tXPathExpr& expr, const tXmlOperator& op, tErrorFunc onError);
 
 /// The result of `expr` as a boolean: for a node set, whether it holds any. Raises as evalExpression does.

@@ -7,8 +7,8 @@
 
 namespace backup_restore_helper {
 
-/// The one-line reason for which the helper gives up. It is shown to people, so no part of a key stands in
-/// it.
+/// The one-line reason for which the helper gives up. It is shown to people, so it contains no part of a
+/// key.
 class Failure : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

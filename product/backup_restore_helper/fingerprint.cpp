@@ -64,7 +64,7 @@ const unsigned char* bytesOf(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-/// The content of a PEM block, with up to two bytes too many behind it, or nothing.
+/// The content of a PEM block, with up to two bytes too many after it, or nothing.
 Bytes decodeBlock(const Libcrypto& crypto, const std::string& block) {
     std::string base64;
     for (size_t begin = block.find('\n') + 1; begin < block.rfind("-----END ");) {

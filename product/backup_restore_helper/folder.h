@@ -12,7 +12,7 @@ namespace backup_restore_helper {
 /// An open folder, and the durable changes of what is in it. A Failure names the file's whole path.
 class Folder final {
 public:
-    /// Opens the folder that stands at `path`, or behind a symbolic link there.
+    /// Opens the folder at `path`, or the one that a symbolic link there leads to.
     explicit Folder(std::string path);
 
     int get() const { return descriptor.get(); }

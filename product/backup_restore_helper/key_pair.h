@@ -19,7 +19,7 @@ struct KeyPair {
 /// Finds the pair in a text of at most `KeyPair::maxSize` bytes.
 ///
 /// In a text with PEM blocks (RFC 7468) these are the first of a private and the first of a public key. They
-/// come out with plain line feeds, however the lines end in `text`; what stands outside of them, and blanks
+/// come out with plain line feeds, however the lines end in `text`; what is outside of them, and blanks
 /// round their lines, don't matter. Any other text is divided at the first two line feeds in a row.
 ///
 /// Raises Failure when one of the keys is missing or cut short. `name` is what the Failure calls the text.

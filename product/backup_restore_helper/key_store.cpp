@@ -37,7 +37,7 @@ std::string readRegularFile(const std::string& path) {
     return readAtMost(file.get(), KeyPair::maxSize + 1, path);
 }
 
-/// Copies what stands behind the link `currentName`. False if it can't be read, or is too long to be a pair.
+/// Copies what the link `currentName` leads to. False if it can't be read, or is too long to be a pair.
 bool copyCurrent(const Folder& folder) {
     struct stat status {};
 

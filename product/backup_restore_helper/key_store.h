@@ -30,10 +30,10 @@ public:
         std::optional<KeyPair> pair;
     };
 
-    /// `path` is made by the first writer; the folder that it stands in must exist.
+    /// `path` is made by the first writer; its parent folder must exist.
     explicit KeyStore(std::string path);
 
-    /// The current pair, also from behind a symbolic link. Raises Failure when there is none, or none that
+    /// The current pair, also through a symbolic link. Raises Failure when there is none, or none that
     /// can be read and used. What may be over in a moment is waited for, for a tenth of a second: the caller
     /// takes a failure for the loss of the pair, and makes a new one.
     KeyPair load() const;

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <filesystem>
 
-// The key pair lies in the product tree that this program itself stands in, as "admin/bin/" below the root:
+// The key pair lies in the product tree that this program itself is in, as "admin/bin/" below the root:
 // neither the environment nor the arguments may choose where the private key goes.
 int main(int argc, char** argv) {
     std::error_code error;

@@ -56,7 +56,7 @@ protected:
         fs::copy_file(HELPER, root.path("admin/bin/backup_restore_helper"));
     }
 
-    /// Runs a script in the store, in which the helper is "$h". Its status, and behind a colon its output.
+    /// Runs a script in the store, in which the helper is "$h". Its status, and after a colon its output.
     std::string shell(const std::string& script, const std::string& input = "") const {
         const auto result =
             runProgram({"/bin/sh", "-c", "cd \"$1\" 2>/dev/null || cd \"${1%/*}\"; h=$2; " + script, "sh",
@@ -83,7 +83,7 @@ protected:
     }
 
     TempDir root;
-    // The helper keeps the pairs in the tree that it stands in.
+    // The helper keeps the pairs in the tree that it is in.
     const std::string store = root.path("var/backup_certificate");
     const std::string current = store + "/pair.pem";
     const std::string published = root.path("admin/htdocs/bu_pubkey.txt");

@@ -19,7 +19,7 @@ using Plain = ExTraceableBase<ExDefault>;
 
 class ExecutionLog : public LibraryTest {
 protected:
-    /// Compares the log with `expected`, in which severity and text of a simple message stand as
+    /// Compares the log with `expected`, in which severity and text of a simple message read as
     /// {severity:text}.
     void expectContent(const std::string& expected) const {
         std::ostringstream out;
