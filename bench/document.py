@@ -28,7 +28,8 @@ def machine(load):
     extension = "with" if re.search(r"^flags.*\bsha_ni\b", cpu, re.M) else "without"
     memory = os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES") / (1 << 30)
     system = platform.freedesktop_os_release()["PRETTY_NAME"]
+    priority = "" if os.sched_getscheduler(0) == os.SCHED_OTHER else ", measured with real-time priority"
     compiler = re.search(r"[\d.]+$", first_line("g++", "--version")).group()
     return (f"{os.cpu_count()} cores ({model}, {extension} SHA instructions){virtual}; {memory:.0f} GiB of memory; {system}, "
             f"Linux {platform.release().split('-')[0]}, g++ {compiler}, {' '.join(first_line('openssl', 'version').split()[:2])}. "
-            f"Load average before: {load:.2f}.")
+            f"Load average before: {load:.2f}{priority}.")
