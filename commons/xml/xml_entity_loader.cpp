@@ -1,5 +1,6 @@
 #include "commons/xml/xml_entity_loader.h"
 
+#include <libxml/catalog.h>
 #include <libxml/parser.h>
 
 namespace brask {
@@ -19,6 +20,8 @@ xmlParserInputPtr loadFirstInputOnly(const char* url, const char* id, xmlParserC
 } // namespace
 
 void installExternalEntityLoader() {
+    // A catalog, which the environment may name, could put another document in the place of standard input.
+    xmlCatalogSetDefaults(XML_CATA_ALLOW_NONE);
     const xmlExternalEntityLoader installed = xmlGetExternalEntityLoader();
     // Saving the filter as its own successor would make it call itself without end.
     if (installed != loadFirstInputOnly) {

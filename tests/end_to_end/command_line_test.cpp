@@ -92,6 +92,12 @@ TEST_F(CommandLineTest, LegacySignCopiesAndVerifyUnwraps) {
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<migration-dump a=\"\xc3\xa4\"><x/></migration-dump>\n");
     EXPECT_EQ(tool({"verify", dir.write("o.xml", "<other/>")}).out,
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<other/>\n");
+    const std::string catalog =
+        dir.write("catalog", "<catalog xmlns='urn:oasis:names:tc:entity:xmlns:xml:catalog'>"
+                             "<uri name='-' uri='" +
+                                 envelope + "'/></catalog>");
+    EXPECT_EQ(tool({"verify", "-"}, {{"XML_CATALOG_FILES", catalog}}, "<other/>").out,
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<other/>\n");
     expectFailure({"verify", dir.path("missing.xml")},
                   "The XML file does not exist or is not a regular file. Check the file '" +
                       dir.path("missing.xml") + "'");
