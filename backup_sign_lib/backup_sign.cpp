@@ -12,6 +12,7 @@
 #include "lib/process/lib/sigpipe_guard.h"
 
 #include <fstream>
+#include <utility>
 
 namespace brask {
 
@@ -38,11 +39,12 @@ public:
 };
 
 /// A helper that fails may have printed the pair. The text goes to logs and to standard output.
-std::string failureText(const std::string& what, const ExecCmd& helper) {
-    std::string text = what;
-    for (const std::string& reason : {withoutPrivateKeys(helper.stdoutData), helper.lastError}) {
-        if (!reason.empty()) {
-            text += ": " + reason;
+std::string failureText(std::string text, ExecCmd& helper) {
+    // Taken, not copied: the output may be large.
+    const std::string output = withoutPrivateKeys(std::move(helper.stdoutData));
+    for (const std::string* reason : {&output, &std::as_const(helper.lastError)}) {
+        if (!reason->empty()) {
+            text.append(": ").append(*reason);
         }
     }
     return text;
@@ -101,12 +103,14 @@ void BackupSign::GenerateSign() {
 void BackupSign::EnsureServerCertificate() {
     try {
         LoadServerCertificate();
-    } catch (const Error<&CertificateNotFoundError>& e) {
-        logMessage(level::kVerbose, "Failed to load backup sign certificate: {}", e.GetText());
-        // A helper that failed only for the moment loses its old pair here. That is accepted: no command is
-        // to fail for want of a key.
-        GenerateSign();
+        return;
+    } catch (const Error<&CertificateNotFoundError>&) {
+        // Its text is in loadError.
     }
+    logMessage(level::kVerbose, "Failed to load backup sign certificate: {}", loadError);
+    // A helper that failed only for the moment loses its old pair here. That is accepted: no command is to
+    // fail for want of a key.
+    GenerateSign();
 }
 
 std::string BackupSign::GetCertificate() {

@@ -1,6 +1,7 @@
 #include "backup_sign_lib/private_key_text.h"
 
 #include <string_view>
+#include <utility>
 
 namespace brask {
 
@@ -20,18 +21,20 @@ size_t blockEnd(const std::string& text, const std::string& label, size_t labelB
 
 std::string withoutPrivateKeys(std::string text) {
     constexpr std::string_view kPlaceholder = "[private key]";
+    std::string result;
+    size_t taken = 0;
     size_t begin = text.find(kBegin);
     while (begin != std::string::npos) {
         const size_t labelBegin = begin + kBegin.size();
         const std::string label = text.substr(labelBegin, text.find(kDashes, labelBegin) - labelBegin);
         size_t next = labelBegin;
         if (label.ends_with("PRIVATE KEY")) {
-            text.replace(begin, blockEnd(text, label, labelBegin) - begin, kPlaceholder);
-            next = begin + kPlaceholder.size();
+            result.append(text, taken, begin - taken).append(kPlaceholder);
+            next = taken = blockEnd(text, label, labelBegin);
         }
         begin = text.find(kBegin, next);
     }
-    return text;
+    return taken == 0 ? std::move(text) : result.append(text, taken);
 }
 
 } // namespace brask

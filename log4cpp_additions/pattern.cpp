@@ -75,6 +75,14 @@ private:
     log4cpp::PatternLayout layout;
 };
 
+/// %m, without the two copies of the text that the stock layout makes.
+class MessageComponent final : public Component {
+public:
+    void append(std::ostringstream& out, const log4cpp::LoggingEvent& event) override {
+        out << event.message;
+    }
+};
+
 /// A component with the widths of its specifier; 0 means that none was given.
 class FixedWidth final : public Component {
 public:
@@ -146,6 +154,8 @@ std::unique_ptr<Component> makeComponent(const Specifier& specifier) {
         component = std::make_unique<log4cpp::ColorizatorComponent>();
     } else if (specifier.letter == 'P') {
         component = std::make_unique<log4cpp::ProcessIdComponent>();
+    } else if (specifier.letter == 'm') {
+        component = std::make_unique<MessageComponent>();
     }
     if (component && (specifier.minWidth != 0 || specifier.maxWidth != 0)) {
         return std::make_unique<FixedWidth>(std::move(component), specifier.minWidth, specifier.maxWidth);
@@ -182,11 +192,14 @@ void ColorPatternLayout::addStockSegment(const std::string& pattern) {
 }
 
 std::string ColorPatternLayout::format(const log4cpp::LoggingEvent& event) {
-    std::ostringstream out;
+    // A stream that grows on its own doubles, and copies, a long message again and again.
+    std::string space;
+    space.reserve(event.message.size() + 256);
+    std::ostringstream out(std::move(space));
     for (const auto& component : components) {
         component->append(out, event);
     }
-    return out.str();
+    return std::move(out).str();
 }
 
 } // namespace log4cpp_additions

@@ -23,23 +23,33 @@ DebugLog* currentDebugLog = nullptr;
 Log* currentLog = nullptr;
 
 void LogFacade::Write(int level, bool report, const std::string& message, const ObjectList* objects) {
-    // To the structured log a plain text is an exception without a name.
-    Write(level, report, ExTraceableBase<ExDefault>("", message), message, objects);
+    if (feedsXmlLog(level)) {
+        // To the structured log a plain text is an exception without a name.
+        AddToXmlLog(level, ExTraceableBase<ExDefault>("", message), objects);
+    }
+    WriteText(level, report, message, objects);
 }
 
 void LogFacade::Write(int level, bool report, const IExTraceable& ex, const ObjectList* objects) {
-    Write(level, report, ex, GetErrorText(ex), objects);
+    if (feedsXmlLog(level)) {
+        AddToXmlLog(level, ex, objects);
+    }
+    WriteText(level, report, GetErrorText(ex), objects);
 }
 
-void LogFacade::Write(int level, bool report, const IExTraceable& ex, const std::string& text,
-                      const ObjectList* objects) {
-    if (xmlLog != nullptr && level <= kLastStructuredLevel) {
-        if (objects != nullptr) {
-            xmlLog->AddMessage(severityOfLevel(level), ex, *objects);
-        } else {
-            xmlLog->AddMessage(severityOfLevel(level), ex);
-        }
+bool LogFacade::feedsXmlLog(int level) const {
+    return xmlLog != nullptr && level <= kLastStructuredLevel;
+}
+
+void LogFacade::AddToXmlLog(int level, const IExTraceable& ex, const ObjectList* objects) {
+    if (objects != nullptr) {
+        xmlLog->AddMessage(severityOfLevel(level), ex, *objects);
+    } else {
+        xmlLog->AddMessage(severityOfLevel(level), ex);
     }
+}
+
+void LogFacade::WriteText(int level, bool report, const std::string& text, const ObjectList* objects) {
     if (debugLog != nullptr) {
         if (level == level::kError) {
             debugLog->Error(text);

@@ -80,8 +80,10 @@ public:
     void SetSinks(DebugLog* debug, Log* xml);
 
 private:
-    void Write(int level, bool report, const IExTraceable& ex, const std::string& text,
-               const ObjectList* objects);
+    bool feedsXmlLog(int level) const;
+    void AddToXmlLog(int level, const IExTraceable& ex, const ObjectList* objects);
+    /// What follows the structured log's part: the debug log, and the report.
+    void WriteText(int level, bool report, const std::string& text, const ObjectList* objects);
 
     /// The type of the object that `objects`, or else the structured log's current path, ends in; "general"
     /// when there is none.

@@ -20,10 +20,7 @@ log4cpp::Category* const category = &log4cpp::Category::getInstance("p.log");
 bool log4cppConfigured = false;
 
 void write(log4cpp::Priority::Value priority, const std::string& text) {
-    log4cpp::CategoryStream stream = category->getStream(priority);
-    if (stream.getPriority() != log4cpp::Priority::NOTSET) {
-        stream << text;
-    }
+    category->log(priority, text);
 }
 
 void attachCustomLog() {
