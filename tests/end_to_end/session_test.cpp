@@ -87,7 +87,7 @@ TEST_F(SessionTest, WhatKeepsTheSessionOrItsLogFromOpeningEndsTheRun) {
     const std::string unable = "Error: Unable to create session: Unable to create session directory";
     expectFailure({"--session-path=" + file, "--sign-dump", file}, unable);
     expectFailure({"--session-path=/proc/self/none", "--sign-dump", file}, unable);
-    for (const std::string inTheLogsPlace : {"ln -s nowhere", "mkdir -p", "mkfifo"}) {
+    for (const std::string inTheLogsPlace : {"ln -s nowhere", "ln -s ../../file", "mkdir -p", "mkfifo"}) {
         shell("mkdir -p \"$1\"; rm -rf \"$1/migration.log\"; " + inTheLogsPlace + " \"$1/migration.log\"",
               {session});
         expectFailure({"--session-path=" + session, "--sign-dump", file}, unable);
