@@ -6,12 +6,12 @@
 #include "backup_sign/run_lifetime.h"
 #include "backup_sign_lib/backup_sign.h"
 #include "commons/crypto/openssl.h"
+#include "commons/errors/error.h"
 #include "commons/log/log_facade.h"
 #include "commons/panel/param_source.h"
 #include "lib/process/lib/this_process.h"
 
 #include <exception>
-#include <ios>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -19,6 +19,8 @@
 namespace {
 
 using namespace brask;
+
+BRASK_ERROR_TAG(CertificateOutputError, "Unable to write the certificate")
 
 ParamFromBSAStrategy bsaParameters;
 
@@ -28,7 +30,7 @@ ParamFromBSAStrategy bsaParameters;
 void printCertificate(BackupSign& backupSign) {
     std::cout << backupSign.GetCertificate() << std::endl;
     if (!std::cout) {
-        throw std::ios_base::failure("Unable to write the certificate");
+        BRASK_THROW(CertificateOutputError);
     }
 }
 

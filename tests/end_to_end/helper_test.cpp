@@ -78,7 +78,10 @@ TEST_F(HelperTest, CertificateIsThePairAndThePublishedKeyItsPublicHalf) {
     std::filesystem::remove_all(productPath("admin/htdocs"));
     expectFailure({"generate"}, "Unable to save certificate to " + productPath("admin/htdocs/bu_pubkey.txt"));
     EXPECT_NE(tool({"--get-certificate"}).out, first) << "the new pair is in force all the same";
-    EXPECT_EQ(shell("\"$1\" --get-certificate >/dev/full || echo failed", {BACKUP_SIGN_PROGRAM}), "failed\n");
+    EXPECT_EQ(shell("\"$1\" --session-path=\"$2\" --get-certificate >/dev/full && echo succeeded;"
+                    "grep -o 'Unable to write .* \\[' \"$2\"/*",
+                    {BACKUP_SIGN_PROGRAM, dir.path("session")}),
+              "Unable to write the certificate [\n");
 }
 
 TEST_F(HelperTest, FailuresEndAsTold) {
