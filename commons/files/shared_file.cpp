@@ -26,7 +26,10 @@ SharedFile::SharedFile(const std::string& path, uid_t owner, gid_t group, mode_t
 }
 
 SharedFile::~SharedFile() {
-    callNoThrow([this] { unlock(); }, formatMessage("Failed to unlock the file {} explicitly", path_));
+    try {
+        callNoThrow([this] { unlock(); }, formatMessage("Failed to unlock the file {} explicitly", path_));
+    } catch (const std::exception&) { // The log can't be told. Closing gives the lock up as well.
+    }
     TEMP_FAILURE_RETRY(close(fd_));
 }
 

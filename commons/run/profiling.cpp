@@ -96,9 +96,13 @@ ProfilingOperation::ProfilingOperation(StartLater /*tag*/, ProfilingOperationTyp
     : attributes(std::move(attributes)), operation(operation), context(context), guid(makeGuid()) {}
 
 ProfilingOperation::~ProfilingOperation() {
-    if (context != nullptr && context->takesOperations()) {
+    if (context == nullptr || !context->takesOperations()) {
+        return;
+    }
+    try {
         context->attempt(
             [this] { context->write(profilingFinishRecord(guid, attributes, system_clock::now())); });
+    } catch (const std::exception&) { // Not even the log can be told, for want of memory, say.
     }
 }
 

@@ -3,6 +3,7 @@
 #include "commons/errors/text_formatters.h"
 #include "commons/log/log_facade.h"
 
+#include <new>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,12 @@ public:
     bool IsDebug() const override { return false; }
 
     std::vector<std::string> lines;
+};
+
+/// A debug log that has run out of memory.
+class FailingLog : public RecordingLog {
+public:
+    void Info(const std::string& /*message*/) override { throw std::bad_alloc(); }
 };
 
 } // namespace test_support

@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <unistd.h>
 
 namespace {
 
@@ -100,7 +101,13 @@ TEST_F(SharedFileTest, AFileThatStopsGrowingIsNamedAndUnlocked) {
         const std::string failure = thrownText<std::system_error>([&] { file.Append("0123456789ABCDEF"); });
         limit.lift();
         puts((failure + (lockIsFree(LOCK_EX) ? ", free" : ", locked")).c_str());
+
+        const FailingLog failing;
+        SharedFile lost(path, kSame, kSame, 0600);
+        lost.lockShared();
+        close_range(3, ~0U, 0); // it can't be unlocked, which is not the end of the process
     });
+    EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.out, "Failed to write the file " + path + ": File too large, free\n");
     EXPECT_EQ(readFile(path), "0123456789");
 }

@@ -113,7 +113,16 @@ TEST_F(Profiling, ADiskThatFillsUpAfterTheStartCostsTheFinishAndOneNote) {
         { const ProfilingOperation inner(ProfilingOperationType::RestoreMail, {}, &context); }
         full.lift();
         puts(testing::PrintToString(log.lines).c_str());
+
+        ProfilingContext again(path);
+        std::optional<ProfilingOperation> unfinished(std::in_place, ProfilingOperationType::Restore,
+                                                     ProfilingAttributes{}, &again);
+        const FileSizeLimit fullAgain(std::filesystem::file_size(path));
+        const FailingLog failing;
+        unfinished.reset(); // not the end of the process
+        fullAgain.lift();
     });
+    EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.out,
               "{ \"" + cancelled + "Failed to write the file " + path + ": File too large\" }\n");
     EXPECT_THAT(records(), testing::EndsWith("\"start\":\"TIME\",\"type\":\"operation\"}\n"));
