@@ -113,8 +113,10 @@ const Command& findCommand(int argc, const char* const* argv) {
 
 void tell(const std::exception& failure) {
     try {
-        print(std::string(failure.what()) + "\n");
-    } catch (const Failure&) {
+        // Not joined, as the memory may have run out.
+        print(failure.what());
+        print("\n");
+    } catch (const std::exception&) {
         // Nobody is left to be told; the exit status says it all.
     }
 }
