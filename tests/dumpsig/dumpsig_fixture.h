@@ -22,20 +22,23 @@ struct Row {
 };
 
 inline bool matches(std::string_view text, std::string_view pattern) {
-    const std::size_t star = pattern.find('*');
+    std::size_t star = pattern.find('*');
     if (star == std::string_view::npos) {
         return text == pattern;
     }
     if (!text.starts_with(pattern.substr(0, star))) {
         return false;
     }
+    text.remove_prefix(star);
     pattern.remove_prefix(star + 1);
-    for (std::size_t at = star; at <= text.size(); ++at) {
-        if (matches(text.substr(at), pattern)) {
-            return true;
+    for (; (star = pattern.find('*')) != std::string_view::npos; pattern.remove_prefix(star + 1)) {
+        const std::size_t at = text.find(pattern.substr(0, star));
+        if (at == std::string_view::npos) {
+            return false;
         }
+        text.remove_prefix(at + star);
     }
-    return false;
+    return text.ends_with(pattern);
 }
 
 /// A dump of three volumes, v1 to v3, and all of it as one, with the key that signed it in server.pub, as a

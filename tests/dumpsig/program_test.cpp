@@ -225,7 +225,8 @@ TEST_F(DumpsigTest, ShowsItsProgressOnATerminalAndCleansUp) {
     const Outcome interrupted =
         run("mkdir d; ulimit -c 0; mkfifo p; exec 3<>p; for signal in INT QUIT; do cat v3 >&3; perl -e '$p = "
             "fork;"
-            "exec @ARGV if !$p; select undef, undef, undef, 0.05 until -s \"err\" && <d/.dumpsig-*>;"
+            "alarm 60; $SIG{'$signal'} = DEFAULT; exec @ARGV if !$p;"
+            "select undef, undef, undef, 0.05 until -s \"err\" && <d/.dumpsig-*>;"
             "kill '$signal' => $p; waitpid $p, 0; print $? & 127' "
             "dumpsig strip --progress -o d/out - <&3 2>err; cat err >&2; rm err; done; ls -A d");
     EXPECT_EQ(interrupted.out, "23");
