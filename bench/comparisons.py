@@ -22,6 +22,7 @@ def start(site):
     return comparison(site, "Start to exit", [
         Command("`openssl version`", ("openssl", "version")),
         Command("`backup_sign --help`", (site.tool, "--help"), code=1),
+        Command("nothing, with the libraries of `backup_sign`", (site.bare_start,)),
         Command("`dumpsig --version`", (site.dumpsig, "--version")),
     ], 25)
 

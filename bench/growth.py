@@ -63,6 +63,11 @@ def milliseconds_by_run(reports):
     return {run["name"].removesuffix("/real_time"): clock(run) for run in reports if run["run_type"] == "iteration"}
 
 
+def digits(number):
+    """Three of them."""
+    return f"{float(f'{number:.3g}'):g}"
+
+
 def library_table(reports):
     """One row for each benchmark: what it takes from the least to the most, and how it grows."""
     times = milliseconds_by_run(reports)
@@ -74,6 +79,6 @@ def library_table(reports):
     for name, fit in fits.items():
         own = {int(run.split("/")[1]): time for run, time in times.items() if run.split("/")[0] == name}
         first, last = min(own), max(own)
-        lines.append(f"| `{name}` | {first:,} to {last:,} | {own[first]:.3g} to {own[last]:.3g} "
+        lines.append(f"| `{name}` | {first:,} to {last:,} | {digits(own[first])} to {digits(own[last])} "
                      f"| {fit['BigO']['big_o']} | {fit['RMS']['rms'] * 100:.0f}% |")
     return "\n".join(lines)

@@ -24,6 +24,7 @@ class Site:
         self.tool = self.build / "bin/backup_sign"
         self.dumpsig = self.build / "bin/dumpsig"
         self.bare_loop = self.build / "bin/bare_loop"
+        self.bare_start = self.build / "bin/bare_start"
         self.helper = product / "admin/bin/backup_restore_helper"
         self.public_key = product / "admin/htdocs/bu_pubkey.txt"
 

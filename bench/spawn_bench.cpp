@@ -123,12 +123,12 @@ void openDescriptorsWithoutCloseRange(benchmark::State& state) {
 
 void byDescriptors(benchmark::internal::Benchmark* bench) {
     bench->Arg(1)->Arg(250)->Arg(500)->Arg(1'000)->UseRealTime();
-    bench->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
+    bench->Unit(benchmark::kMillisecond)->Complexity();
 }
 
 void byMemory(benchmark::internal::Benchmark* bench) {
-    bench->Arg(16)->Arg(64)->Arg(256)->Arg(1'024)->UseRealTime();
-    bench->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
+    bench->Arg(1)->Arg(16)->Arg(64)->Arg(256)->Arg(1'024)->UseRealTime();
+    bench->Unit(benchmark::kMillisecond)->Complexity();
 }
 
 BENCHMARK(echoedBytes)
@@ -136,7 +136,7 @@ BENCHMARK(echoedBytes)
     ->Range(1 << 20, 1 << 24)
     ->UseRealTime()
     ->Unit(benchmark::kMillisecond)
-    ->Complexity(benchmark::oN);
+    ->Complexity();
 BENCHMARK(mebibytesOfParent)->Apply(byMemory);
 BENCHMARK(mebibytesOfParentWithoutFork)->Apply(byMemory);
 BENCHMARK(openDescriptors)->Apply(byDescriptors);
