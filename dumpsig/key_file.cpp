@@ -71,9 +71,9 @@ struct PemBlock {
     BRASK_THROW(FileError, path, "holds a damaged block");
 }
 
-/// The next block; nothing after the last. The reader that asks for no password is used on purpose: a key
-/// file must not make the program talk to a terminal.
-std::optional<PemBlock> readBlock(BIO* text, const std::string& path) {
+/// The next block; nothing after the last, or for one that is damaged. The reader that asks for no password
+/// is used on purpose: a key file must not make the program talk to a terminal.
+std::optional<PemBlock> readBlock(BIO* text) {
     char* name = nullptr;
     char* header = nullptr;
     unsigned char* bytes = nullptr;
@@ -84,9 +84,6 @@ std::optional<PemBlock> readBlock(BIO* text, const std::string& path) {
     brask::OpenSslBytes bytesOwner(bytes);
     if (isRead) {
         return PemBlock{.name = name, .bytes = std::move(bytesOwner), .size = size};
-    }
-    if (ERR_GET_REASON(ERR_peek_last_error()) != PEM_R_NO_START_LINE) {
-        failDamaged(path);
     }
     ERR_clear_error();
     return std::nullopt;
@@ -141,14 +138,14 @@ std::vector<PublicKey> readKeyFile(const std::string& path) {
     const brask::BioPtr bio(BIO_new_mem_buf(text.data(), static_cast<int>(text.size())));
     std::vector<PublicKey> keys;
     std::size_t blocks = 0;
-    while (const auto block = readBlock(bio.get(), path)) {
+    while (const auto block = readBlock(bio.get())) {
         ++blocks;
         if (brask::RsaPtr key = readKey(*block, path)) {
             const std::string fingerprint = brask::keyFingerprint(key.get());
             keys.push_back({.key = std::move(key), .fingerprint = fingerprint, .file = path});
         }
     }
-    // A block whose first or last line is damaged is passed over as if it were text.
+    // A damaged block has ended the reading or, without a proper first line, was passed over as text.
     if (countOf(text, "-----BEGIN ") != blocks || countOf(text, "-----END ") != blocks) {
         failDamaged(path);
     }

@@ -34,8 +34,8 @@ public:
     ~ReadAhead();
 
     /// The next block, which is there until the next call; nothing at the end, which ends the calls as a
-    /// failure does. Raises SystemError when a
-    /// volume can't be read, and FileError when it turns out shorter than it was when it was examined.
+    /// failure does. Raises SystemError when a volume can't be read, and FileError when it turns out shorter
+    /// than it was when it was examined.
     std::optional<Block> next();
 
 private:
