@@ -32,6 +32,8 @@ TEST_F(DumpsigTest, Verifies) {
         // As it comes, in pieces of any size; the last volume, or all as one.
         {"cat v3 | dumpsig verify -k server.pub v1 v2 -", 0, "intact\n*", ""},
         {"dd if=all bs=999 status=none | dumpsig verify -k server.pub -", 0, "intact\n*", ""},
+        {"{ echo done before; cat all; } >longer; { read line; dumpsig verify -k server.pub -; } <longer", 0,
+         "intact\n*", ""},
         {"head -c 700100 all | dumpsig verify -k server.pub -", 1, "Unable to parse the signature: *", ""},
         {"head -c 600000 all | dumpsig verify -k server.pub -", 1, "Dump is not signed\n", ""},
         {"mkfifo p1 p2; cat v1 >p1 & cat v3 >p2 & dumpsig verify -k server.pub p1 v2 p2", 0, "intact\n*", ""},
@@ -219,8 +221,11 @@ TEST_F(DumpsigTest, ShowsItsProgressOnATerminalAndCleansUp) {
     EXPECT_EQ(slow("slowly | dumpsig verify -k server.pub -").err, "");
     EXPECT_EQ(slow("dumpsig verify --progress -k server.pub v3").err, "");
     EXPECT_EQ(slow("slowly | dumpsig verify -q --progress -k server.pub -").err, "");
-    EXPECT_TRUE(
-        matches(slow("slowly | dumpsig cat --progress -k server.pub - >out").err, "\r* KiB, *\r\x1b[K"));
+    // Gone before anything else is told, and when nobody takes the content.
+    EXPECT_TRUE(matches(slow("slowly | dumpsig cat --progress -k other.pub - >out").err,
+                        "\r* KiB, *\r\x1b[Kdumpsig: Signature is wrong\n"));
+    EXPECT_TRUE(matches(slow("{ sleep 0.7; cat v1; } | dumpsig cat --progress -k server.pub - | true").err,
+                        "\r0 B, *\r\x1b[K"));
     // Interrupted, it dies of the signal and leaves neither line nor file.
     const Outcome interrupted =
         run("mkdir d; ulimit -c 0; mkfifo p; exec 3<>p; for signal in INT QUIT; do cat v3 >&3; perl -e '$p = "
