@@ -1,9 +1,9 @@
 #include "backup_sign/command_line.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/support.h"
 
 namespace {
 
+using namespace test_support;
 using Paths = std::vector<std::string>;
 
 CommandLine parse(std::vector<const char*> arguments) {
@@ -23,43 +23,18 @@ TEST(CommandLine, KeepsVolumesInOrderAndTheSessionPathOfAnOldForm) {
     EXPECT_FALSE(old.has("sign"));
 }
 
-TEST(ParseDeprecatedCommand, TrimsDashesAtTheRightEndOnlyAndEmptiesTheTokens) {
-    Paths tokens{"sign--", "file", "rest"};
-    const auto options = parseDeprecatedCommand(tokens);
-    ASSERT_EQ(options.size(), 1U);
-    EXPECT_EQ(options[0].string_key, "sign");
-    EXPECT_EQ(options[0].position_key, -1);
-    EXPECT_EQ(options[0].value, Paths{"file"});
-    EXPECT_TRUE(options[0].original_tokens.empty());
-    EXPECT_TRUE(tokens.empty());
-
-    for (const char* other : {"--sign", "-sign-", "Sign", "signs", "generate", ""}) {
-        Paths untouched{other, "file"};
-        EXPECT_TRUE(parseDeprecatedCommand(untouched).empty()) << other;
-        EXPECT_EQ(untouched.size(), 2U) << other;
-    }
-    Paths none;
-    EXPECT_THROW(parseDeprecatedCommand(none), std::out_of_range);
-}
-
-TEST(ParseBareCommand, TakesTheThreeWordsExactly) {
-    for (const char* word : {"generate", "sign", "verify"}) {
-        EXPECT_EQ(parseBareCommand(word).first, word);
-    }
-    for (const char* word : {"Generate", "generate ", "get-certificate", ""}) {
+TEST(CommandLine, TakesNothingElseForAnOldCommandAndNamesAMissingOption) {
+    for (const char* word : {"Sign", "signs", "-sign-", "Generate", "generate ", "get-certificate", ""}) {
+        std::vector<std::string> tokens{word, "file"};
+        EXPECT_TRUE(parseDeprecatedCommand(tokens).empty()) << word;
         EXPECT_EQ(parseBareCommand(word).first, "") << word;
     }
-}
-
-TEST(CheckOption, NamesTheMissingOption) {
+    std::vector<std::string> none;
+    EXPECT_THROW(parseDeprecatedCommand(none), std::out_of_range);
     const CommandLine line = parse({"--debug"});
-    EXPECT_NO_THROW(checkOption(line.values(), "debug"));
-    try {
-        checkOption(line.values(), "sign");
-        FAIL();
-    } catch (const brask::Error<&MissingOptionError>& e) {
-        EXPECT_STREQ(e.what(), "Missing option sign");
-    }
+    checkOption(line.values(), "debug");
+    EXPECT_EQ(thrownText<brask::Error<&MissingOptionError>>([&] { checkOption(line.values(), "sign"); }),
+              "Missing option sign");
 }
 
 } // namespace

@@ -7,14 +7,14 @@
 #include "commons/xml_parse.h"
 #include "commons/xml_wrap.h"
 #include "lib/process/lib/ExecCmd.h"
-#include "tests/support/temp_dir.h"
+#include "tests/support/support.h"
 
 #include <boost/algorithm/string/replace.hpp>
-#include <gtest/gtest.h>
 
 namespace {
 
 using namespace brask;
+using namespace test_support;
 
 template <class... Tags>
 std::string textsOf(Tags... tags) {
@@ -38,7 +38,7 @@ TEST(Messages, AreThoseThatCallersKnow) {
                       &tError_WrongDoc, &InvalidDtdFile, &ExternalDtdValidationFailed,
                       &InternalDtdValidationFailed, &tError_XPath_CantEvaluate, &tError_XPath_TypesMismatch,
                       &ExecCmd::Failed),
-              test_support::readFile(TEST_DATA "/messages.txt"));
+              readFile(TEST_DATA "/messages.txt"));
 }
 
 } // namespace

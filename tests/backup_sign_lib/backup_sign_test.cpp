@@ -2,18 +2,16 @@
 #include "backup_sign_lib/sign_errors.h"
 #include "tests/support/fixed_params.h"
 #include "tests/support/recording_log.h"
-#include "tests/support/temp_dir.h"
-
-#include <gmock/gmock.h>
+#include "tests/support/support.h"
 
 namespace {
 
 using namespace brask;
-using testing::HasSubstr;
+using namespace test_support;
 
 TEST(BackupSign, ANewPairServesTheWholeProcessAndValidityIsAskedWithoutErrors) {
-    const test_support::TempDir root;
-    const test_support::FixedParams params{{{"PRODUCT_ROOT_D", root.path()}}};
+    const TempDir root;
+    const FixedParams params{{{"PRODUCT_ROOT_D", root.path()}}};
     const auto setHelper = [&root](const std::string& script) {
         const std::string path = root.write("admin/bin/backup_restore_helper", "#!/bin/sh\n" + script);
         std::filesystem::permissions(path, std::filesystem::perms::owner_all);
@@ -33,17 +31,16 @@ TEST(BackupSign, ANewPairServesTheWholeProcessAndValidityIsAskedWithoutErrors) {
     Digest digest;
     digest.update("x", 1);
 
-    const test_support::RecordingLog log;
+    const RecordingLog log;
     EXPECT_FALSE(sign.IsDumpSignValid(dump));
     sign.SignDump(dump);
     EXPECT_TRUE(sign.IsDumpSignValid(dump));
     EXPECT_THROW(sign.IsDumpSignValid({"missing"}), Error<&FileNotFoundError>);
     EXPECT_TRUE(sign.IsSignValid(sign.SignDigest(digest), digest));
     EXPECT_FALSE(sign.IsSignValid(sign.SignDigest(digest), Digest()));
-    EXPECT_THAT(log.lines,
-                testing::ElementsAre(HasSubstr("Failed to load backup sign certificate: Incorrect backup"),
-                                     HasSubstr("Dump is not signed"), HasSubstr("Digest is wrong")));
-    EXPECT_EQ(test_support::readFile(root.path("calls")), "--get\n--get\n--get\n--set\n");
+    EXPECT_THAT(log.lines, ElementsAre(HasSubstr("Failed to load backup sign certificate: Incorrect backup"),
+                                       HasSubstr("Dump is not signed"), HasSubstr("Digest is wrong")));
+    EXPECT_EQ(readFile(root.path("calls")), "--get\n--get\n--get\n--set\n");
 
     setHelper("exec <&-; exit 1");
     EXPECT_THROW(sign.GenerateSign(), Error<&SetBackupCertificateError>);

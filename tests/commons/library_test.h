@@ -1,12 +1,8 @@
 #pragma once
 
-#include "tests/support/child.h"
 #include "tests/support/fixed_params.h"
 #include "tests/support/recording_log.h"
-#include "tests/support/temp_dir.h"
-#include "tests/support/thrown_text.h"
-
-#include <gmock/gmock.h>
+#include "tests/support/support.h"
 
 /// The ground of most tests here: a directory of the test's own, which is the product's root too, the
 /// accounts of tests/support/accounts and a log that is recorded.

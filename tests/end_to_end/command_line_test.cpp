@@ -3,6 +3,7 @@
 namespace {
 
 using namespace end_to_end;
+using namespace test_support;
 
 constexpr const char* kHelp =
     "--generate          Generate certificate to backup sign and verification\n\n"
@@ -52,7 +53,7 @@ TEST_F(CommandLineTest, ParserErrorsAreOneLineWithAPrefix) {
 TEST_F(CommandLineTest, TheFirstCommandOfTheTableRunsAndOnlyThat) {
     const std::string file = dir.write("dump", "content");
     expectSilentSuccess({"--sign-dump", file, "--generate"});
-    EXPECT_EQ(test_support::readFile(file), "content");
+    EXPECT_EQ(readFile(file), "content");
     EXPECT_TRUE(std::filesystem::exists(productPath("admin/htdocs/bu_pubkey.txt")));
     expectSilentSuccess({"generate", "extra"});
     expectFailure({"--verify-dump", file, "--sign", file}, "Dump is not signed");

@@ -1,16 +1,12 @@
 #include "tests/end_to_end/tool_fixture.h"
 
-#include <gmock/gmock.h>
-
 #include <regex>
 #include <sstream>
-
-#include <unistd.h>
 
 namespace {
 
 using namespace end_to_end;
-using test_support::readFile;
+using namespace test_support;
 
 /// The commands of a document: its fenced blocks of shell, one after another.
 std::string commandsOf(const std::string& document) {
@@ -98,14 +94,14 @@ TEST_F(DocumentsTest, TheCommandsOfAnAdministratorRun) {
                                   "ln -s \"$2\" \"$3\" $ROOT/admin/bin/backup_restore_helper bin\n" +
                                       commands,
                                   {dir.path(), BACKUP_SIGN_PROGRAM, DUMPSIG_PROGRAM});
-    EXPECT_THAT(out, testing::MatchesRegex("(SHA256:[^ ]+) [^ ]*/bu_pubkey.txt\n"
-                                           "([^ ]+ SHA256:[^ ]+ current pair.pem\n)"
-                                           "([^ ]+ SHA256:[^ ]+ archived pair.pem.[0-9TZ.]+\n)"
-                                           "intact\nsigned with SHA256:[^ ]+ old.pub\n"
-                                           "backup_sign --session-path=[^\n]+\n"
-                                           "intact\tSHA256:[^\t]+\t[0-9.e-]+\t\n"));
+    EXPECT_THAT(out, MatchesRegex("(SHA256:[^ ]+) [^ ]*/bu_pubkey.txt\n"
+                                  "([^ ]+ SHA256:[^ ]+ current pair.pem\n)"
+                                  "([^ ]+ SHA256:[^ ]+ archived pair.pem.[0-9TZ.]+\n)"
+                                  "intact\nsigned with SHA256:[^ ]+ old.pub\n"
+                                  "backup_sign --session-path=[^\n]+\n"
+                                  "intact\tSHA256:[^\t]+\t[0-9.e-]+\t\n"));
     // Moving the server has brought the first pair back.
-    EXPECT_THAT(out, testing::HasSubstr("intact\t" + out.substr(0, out.find(' ')) + "\t"));
+    EXPECT_THAT(out, HasSubstr("intact\t" + out.substr(0, out.find(' ')) + "\t"));
 }
 
 TEST_F(DocumentsTest, TheManualsAndTheCompletionKnowEveryOption) {

@@ -1,50 +1,36 @@
 #include "tests/end_to_end/tool_fixture.h"
 
-#include <gmock/gmock.h>
-
-#include <fstream>
 #include <sstream>
-
-#include <unistd.h>
 
 namespace {
 
 using namespace end_to_end;
-using testing::HasSubstr;
+using namespace test_support;
 
 class SessionTest : public ToolTest {
 protected:
     std::string session = dir.path("sessions/one");
 
-    std::string log() const { return test_support::readFile(session + "/migration.log"); }
-
-    /// Expects the texts in the log in this order, the first in its first line and the last in its last.
-    void expectLog(const std::vector<std::string>& texts) const {
-        const std::string content = log();
-        ASSERT_FALSE(content.empty());
-        EXPECT_THAT(content.substr(0, content.find('\n')), HasSubstr(texts.front()));
-        EXPECT_THAT(content.substr(content.rfind('\n', content.size() - 2) + 1), HasSubstr(texts.back()));
-        std::size_t position = 0;
-        for (const std::string& text : texts) {
-            position = content.find(text, position);
-            ASSERT_NE(position, std::string::npos) << text << "\nis missing or out of order in\n" << content;
-        }
-    }
+    std::string log() const { return readFile(session + "/migration.log"); }
 };
 
 TEST_F(SessionTest, LogTellsHowTheRunBeganWhatWentWrongAndHowItEnded) {
     const std::string dump = dir.write("dump", "content");
     const std::string option = "--session-path=" + session;
     expectSilentSuccess({option, "--sign-dump", dump});
-    expectLog({"backup_sign started : " BACKUP_SIGN_PROGRAM " " + option + " --sign-dump " + dump,
-               "Failed to load backup sign certificate: Unable to get backup sign certificate: ",
-               "backup_sign finished. Exit code: 0"});
+    const auto logOf = [](const std::string& command, const std::string& failure, char exitCode) {
+        return MatchesRegex("[^\n]* INFO +backup_sign started : " BACKUP_SIGN_PROGRAM " " + command + "\n.*" +
+                            failure + ".*\n[^\n]* backup_sign finished\\. Exit code: " + exitCode + "\n");
+    };
+    EXPECT_THAT(
+        log(),
+        logOf(option + " --sign-dump " + dump,
+              " Failed to load backup sign certificate: Unable to get backup sign certificate: ", '0'));
 
     std::filesystem::remove(session + "/migration.log");
-    dir.write("dump", "changed" + test_support::readFile(dump).substr(7));
+    dir.write("dump", "changed" + readFile(dump).substr(7));
     expectFailure({option, "--verify-dump", dump}, "Digest is wrong");
-    expectLog(
-        {"backup_sign started : ", "VerifyError Digest is wrong [", "backup_sign finished. Exit code: 1"});
+    EXPECT_THAT(log(), logOf(option + " --verify-dump " + dump, " VerifyError Digest is wrong \\[", '1'));
 
     // Not an error of the family: it leaves the bracket as an exception.
     std::filesystem::remove(session + "/migration.log");
@@ -52,8 +38,7 @@ TEST_F(SessionTest, LogTellsHowTheRunBeganWhatWentWrongAndHowItEnded) {
     const Outcome outcome = tool({option, "--sign-dump", tooLong});
     EXPECT_EQ(outcome.out.rfind("Error: filesystem error: ", 0), 0U) << outcome.out;
     EXPECT_EQ(outcome.status, 1);
-    expectLog({"backup_sign started : ", "backup_sign finished. Exit code: 1"});
-    EXPECT_EQ(log().find("PRIVATE KEY"), std::string::npos);
+    EXPECT_THAT(log(), logOf(option + " --sign-dump " + tooLong, "", '1'));
 }
 
 TEST_F(SessionTest, RunWithoutASessionLeavesNoTrace) {
@@ -73,10 +58,10 @@ TEST_F(SessionTest, DebugAlsoReachesStandardErrorAndCustomLogItsFileWithoutAnyPr
                                  {{"CUSTOM_LOG", dir.path("custom.log")}, {"LC_ALL", ""}, {"LANG", "xx_YY"}});
     EXPECT_EQ(outcome.out, "File missing not found\n");
     const std::string line = "FileNotFoundError File missing not found";
-    for (const std::string& text : {outcome.err, test_support::readFile(dir.path("custom.log")), log()}) {
+    for (const std::string& text : {outcome.err, readFile(dir.path("custom.log")), log()}) {
         EXPECT_THAT(text, HasSubstr(line));
         EXPECT_THAT(text, HasSubstr("Unable to get backup sign certificate: [private key]"));
-        EXPECT_THAT(text, testing::Not(HasSubstr("SECRET")));
+        EXPECT_THAT(text, Not(HasSubstr("SECRET")));
     }
     EXPECT_THAT(log(), HasSubstr("Locale in the environment variables is invalid (LC_ALL=, LANG=xx_YY), "));
     EXPECT_EQ(shell("stat -c %a \"$1\"", {session + "/migration.log"}), "640\n");
@@ -102,7 +87,7 @@ TEST_F(SessionTest, WhatKeepsTheSessionOrItsLogFromOpeningEndsTheRun) {
     std::filesystem::remove(properties);
     expectFailure({"--session-path=" + session, "--sign-dump", file},
                   "Error: File " + properties + " does not exist");
-    EXPECT_EQ(test_support::readFile(file), "content");
+    EXPECT_EQ(readFile(file), "content");
     EXPECT_FALSE(std::filesystem::exists(session + "/migration.log"));
 }
 
@@ -115,29 +100,17 @@ TEST_F(SessionTest, ProfileGetsTwoRecordsAndNothingElseDependsOnIt) {
     const auto profiled = [&](const std::map<std::string, std::string>& env) {
         std::filesystem::remove(dir.path("profile.log"));
         EXPECT_EQ(tool({"--verify-dump", dump}, env).status, 0);
-        return std::filesystem::exists(dir.path("profile.log"))
-                   ? test_support::readFile(dir.path("profile.log"))
-                   : "";
+        return std::filesystem::exists(dir.path("profile.log")) ? readFile(dir.path("profile.log")) : "";
     };
-    std::istringstream records(profiled({{"CUSTOM_LOG", dir.path("custom.log")}}));
-    std::string start;
-    std::string finish;
-    std::string more;
-    std::getline(records, start);
-    std::getline(records, finish);
-    EXPECT_FALSE(std::getline(records, more)) << more;
-    EXPECT_THAT(start, testing::StartsWith(R"({"attributes":{"process.command_line":")" BACKUP_SIGN_PROGRAM
-                                           " --verify-dump " +
-                                           dump + R"(","process.runtime.name":"GNU C++"},"guid":")"));
-    EXPECT_THAT(start, HasSubstr(R"("name":"backup_sign --verify-dump","start":")"));
-    EXPECT_THAT(finish, testing::StartsWith(R"({"attributes":{},"finish":")"));
-    const auto guid = [](const std::string& record) { return record.substr(record.find("\"guid\":\""), 45); };
-    EXPECT_EQ(guid(start), guid(finish));
+    EXPECT_THAT(profiled({{"CUSTOM_LOG", dir.path("custom.log")}}),
+                MatchesRegex("\\{\"attributes\":\\{\"process.command_line\":\"" BACKUP_SIGN_PROGRAM
+                             " --verify-dump " +
+                             dump + "\",[^\n]*\"name\":\"backup_sign --verify-dump\",[^\n]*\n" +
+                             "\\{\"attributes\":\\{\\},\"finish\":[^\n]*\n"));
 
     shell("! CUSTOM_LOG=\"$2\" \"$1\" --verify-dump missing >&-",
           {BACKUP_SIGN_PROGRAM, dir.path("custom.log")});
-    EXPECT_THAT(test_support::readFile(dir.path("profile.log")),
-                testing::Not(HasSubstr("\nFile missing not found")))
+    EXPECT_THAT(readFile(dir.path("profile.log")), Not(HasSubstr("\nFile missing not found")))
         << "the profile was opened in the place of standard output";
     EXPECT_EQ(profiled({{"CUSTOM_LOG", dir.path("custom.log")}, {"BMM_PROFILE_ASYNC_RUN", "1"}}), "");
     EXPECT_EQ(profiled({{"CUSTOM_LOG", "/proc/none/custom.log"}}), "");

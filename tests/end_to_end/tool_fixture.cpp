@@ -1,13 +1,12 @@
 #include "tests/end_to_end/tool_fixture.h"
 
-#include <fstream>
-
 namespace end_to_end {
 
 namespace fs = std::filesystem;
 
 namespace {
 
+using namespace test_support;
 constexpr const char* kHelper = "admin/bin/backup_restore_helper";
 
 } // namespace
@@ -20,7 +19,7 @@ std::string shell(const std::string& script, const std::vector<std::string>& arg
     return outcome.out;
 }
 
-ToolTest::ToolTest() : savedConfiguration(test_support::readFile(BRASK_CONF_FILE)) {
+ToolTest::ToolTest() : savedConfiguration(readFile(BRASK_CONF_FILE)) {
     fs::copy(BRASK_PRODUCT_ROOT, dir.path("product"), fs::copy_options::recursive);
     // What runs of the staged tree itself have left there stays behind.
     for (const char* folder : {"var", "admin/htdocs"}) {
@@ -34,7 +33,7 @@ ToolTest::~ToolTest() {
     std::ofstream(BRASK_CONF_FILE) << savedConfiguration;
 }
 
-Outcome ToolTest::tool(const std::vector<std::string>& arguments, const test_support::Environment& env,
+Outcome ToolTest::tool(const std::vector<std::string>& arguments, const Environment& env,
                        const std::string& input) const {
     std::vector<std::string> command{BACKUP_SIGN_PROGRAM};
     command.insert(command.end(), arguments.begin(), arguments.end());

@@ -1,17 +1,10 @@
 #pragma once
 
-#include "tests/support/program.h"
-#include "tests/support/temp_dir.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "tests/support/support.h"
 
 namespace end_to_end {
 
-using Outcome = test_support::ProgramResult;
-using test_support::runProgram;
+using namespace test_support;
 
 /// Runs a script with /bin/sh in which "$1" and so on are `arguments`; fails the test when it fails.
 std::string shell(const std::string& script, const std::vector<std::string>& arguments = {});
@@ -24,7 +17,7 @@ protected:
     ToolTest();
     ~ToolTest() override;
 
-    Outcome tool(const std::vector<std::string>& arguments, const test_support::Environment& env = {},
+    Outcome tool(const std::vector<std::string>& arguments, const Environment& env = {},
                  const std::string& input = {}) const;
 
     /// Runs the tool and expects `text` and a line end on standard output, nothing on standard error, and
@@ -38,7 +31,7 @@ protected:
     /// Puts a shell script in the place of the key pair's helper; the real one stays as "$REAL".
     void replaceHelper(const std::string& script) const;
 
-    test_support::TempDir dir;
+    TempDir dir;
 
 private:
     std::string savedConfiguration;

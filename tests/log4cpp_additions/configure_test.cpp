@@ -1,9 +1,6 @@
 #include "log4cpp_additions/configure.h"
 #include "tests/support/private_mount.h"
-#include "tests/support/scoped_env.h"
-#include "tests/support/temp_dir.h"
 
-#include <gtest/gtest.h>
 #include <log4cpp/Category.hh>
 #include <log4cpp/Configurator.hh>
 
@@ -12,6 +9,7 @@
 
 namespace {
 
+using namespace test_support;
 using log4cpp_additions::OpenLog;
 namespace fs = std::filesystem;
 
@@ -26,7 +24,7 @@ protected:
         return log4cpp_additions::configure(dir.write("log4cpp.properties", text), variables, openLog);
     }
 
-    test_support::TempDir dir;
+    TempDir dir;
 };
 
 TEST_F(Configure, EveryTypeWorksAndNobodyElseReadsTheFiles) {
@@ -60,7 +58,7 @@ TEST_F(Configure, EveryTypeWorksAndNobodyElseReadsTheFiles) {
         {"n.log", "only there\n", fs::perms(0600)},
     };
     for (const auto& [name, content, mode] : files) {
-        EXPECT_EQ(test_support::readFile(dir.path(name)), content) << name;
+        EXPECT_EQ(readFile(dir.path(name)), content) << name;
         EXPECT_EQ(fs::status(dir.path(name)).permissions(), mode) << name;
     }
 }
@@ -70,28 +68,28 @@ const std::string kFile = "rootCategory=INFO,F\nappender.F=FileAppender\nappende
                           "appender.F.layout=PatternLayout\nappender.F.layout.ConversionPattern=";
 
 TEST_F(Configure, VariablesWinOverTheFileAndTheFileOverTheEnvironmentAndHoldAnyText) {
-    const test_support::ScopedEnv inBoth("IN_BOTH", "environment");
-    const test_support::ScopedEnv inOne("IN_ONE", "environment");
+    const ScopedEnv inBoth("IN_BOTH", "environment");
+    const ScopedEnv inOne("IN_ONE", "environment");
     const std::string pattern = "${IN_BOTH} ${IN_ONE} [${NONE}] ${NAME}${${}a} ${open\n";
     const std::string below =
         "DIR=/none\nlog4j.IN_BOTH=${LOWER}+${IN_ONE}\nLOWER=file\nIN_ONE=own ${IN_ONE}\n";
     for (const std::string name : {"a#b", "${DIR}", "${", " \nrootCategory=ERROR\t", "\xff\x01 \\"}) {
         configure(kFile + pattern + below, {{"NAME", name}});
         log4cpp::Category::getRoot().info("m");
-        EXPECT_EQ(test_support::readFile(dir.path(name)),
+        EXPECT_EQ(readFile(dir.path(name)),
                   "file+own environment own environment [] " + name + "${a} ${open");
     }
 }
 
 TEST_F(Configure, NeedsNoProcFileSystem) {
-    const auto outcome = test_support::withMountAt("/proc", "", [&] {
+    const auto outcome = withMountAt("/proc", "", [&] {
         configure(kFile + "%m\n", {{"NAME", "f.log"}});
         log4cpp::Category::getRoot().info("m");
     });
     if (!outcome) {
         GTEST_SKIP() << "only root can mount a file system";
     }
-    EXPECT_EQ(outcome->err + test_support::readFile(dir.path("f.log")), "m");
+    EXPECT_EQ(outcome->err + readFile(dir.path("f.log")), "m");
 }
 
 TEST_F(Configure, ABrokenFileRaisesAndLeavesTheCategoriesAsTheyWere) {
@@ -139,7 +137,7 @@ TEST_F(Configure, AnOpenLogIsNeverOpenedByItsName) {
         EXPECT_TRUE(configure(text + "appender.F=" + type, {{"LOG", log}}, {log, fd}));
         close(fd);
         log4cpp::Category::getRoot().info("m");
-        EXPECT_EQ(test_support::readFile(dir.path("moved")), "INFO    : m\n") << type;
+        EXPECT_EQ(readFile(dir.path("moved")), "INFO    : m\n") << type;
         EXPECT_FALSE(fs::exists(dir.path("target"))) << type;
         fs::remove(log);
     }

@@ -1,11 +1,9 @@
 #include "log4cpp_additions/pattern.h"
-
-#include <gtest/gtest.h>
-
-#include <unistd.h>
+#include "tests/support/support.h"
 
 namespace {
 
+using namespace test_support;
 using log4cpp_additions::ColorPatternLayout;
 
 TEST(ColorPatternLayout, FormatsAsTheStockLayoutBesideItsOwnSpecifiers) {

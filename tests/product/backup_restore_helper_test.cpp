@@ -1,9 +1,8 @@
-#include "tests/support/program.h"
-
-#include <gmock/gmock.h>
+#include "tests/support/support.h"
 
 #include <algorithm>
 #include <chrono>
+#include <regex>
 
 namespace {
 
@@ -33,18 +32,9 @@ std::string pairOf(char letter, size_t size = 60000) {
     return std::string(size / 2, letter) + "\n\n" + std::string(size - size / 2 - 2, letter);
 }
 
-/// kPair with other ends of its lines.
-std::string pairWith(const std::string& lineEnd) {
-    std::string text;
-    for (const char c : kPair) {
-        text += c == '\n' ? lineEnd : std::string(1, c);
-    }
-    return text;
-}
-
 /// Status 1 and one line with this reason.
 auto failsWith(const std::string& reason) {
-    return testing::MatchesRegex("1:[^\n]*" + reason + "[^\n]*\n");
+    return MatchesRegex("1:[^\n]*" + reason + "[^\n]*\n");
 }
 
 class BackupRestoreHelper : public testing::Test {
@@ -92,9 +82,9 @@ protected:
 TEST_F(BackupRestoreHelper, ServesWhateverHoldsBothKeysInTheWireForm) {
     const std::pair<std::string, std::string> cases[] = {
         {kPair, kPair},
-        {pairWith("\r\n"), kPair},
-        {pairWith("\r"), kPair},
-        {pairWith(" \n"), kPair},
+        {std::regex_replace(kPair, std::regex("\n"), "\r\n"), kPair},
+        {std::regex_replace(kPair, std::regex("\n"), "\r"), kPair},
+        {std::regex_replace(kPair, std::regex("\n"), " \n"), kPair},
         {kPair + " \n# kept by hand\n", kPair},
         {"\xef\xbb\xbf" + kPublic + "#\n\n" + kPrivate.substr(0, kPrivate.size() - 1), kPair},
         {kPair + std::string(100, '\0'), kPair},
@@ -158,7 +148,7 @@ TEST_F(BackupRestoreHelper, KeepsWhateverANewPairReplaces) {
         fs::remove_all(store);
         fs::create_directory(store);
         shell(setup);
-        EXPECT_THAT(shell("exec timeout 10 $h " + kGet), testing::HasSubstr(reason));
+        EXPECT_THAT(shell("exec timeout 10 $h " + kGet), HasSubstr(reason));
         EXPECT_EQ(run(kSet, pairOf('n')), "0:");
         EXPECT_EQ(run(kGet), "0:" + pairOf('n'));
         EXPECT_EQ(fs::status(current).permissions(), fs::perms(0600));
@@ -182,8 +172,8 @@ TEST_F(BackupRestoreHelper, ConcurrentAndKilledWritersLeaveWholePairsOnly) {
     const std::string helper = root.path("admin/bin/backup_restore_helper");
     run(kSet, pairOf('a'));
     for (int round = 0; round < 60; ++round) {
-        Program killed({helper, kSet}, {}, pairOf('a'));
-        Program writer({helper, kSet}, {}, pairOf('b'));
+        Child killed(program({helper, kSet}), pairOf('a'));
+        Child writer(program({helper, kSet}), pairOf('b'));
         usleep(static_cast<useconds_t>(round) * 100);
         killed.kill();
         EXPECT_THAT(run(kGet), testing::AnyOf("0:" + pairOf('a'), "0:" + pairOf('b'))) << round;
@@ -208,10 +198,9 @@ TEST_F(BackupRestoreHelper, ListsRestoresAndPublishesPairs) {
     const std::vector<std::string> names = archive();
     ASSERT_EQ(names.size(), 2U);
     EXPECT_EQ(shell("exec touch -d 2001-02-03T04:05:06Z " + names[0]), "0:");
-    EXPECT_THAT(run(kList),
-                testing::MatchesRegex("0:" + time + " " + kFingerprint + " current pair.pem\n" + time +
-                                      " unusable archived " + names[1] + "\n2001-02-03T04:05:06Z " +
-                                      kFingerprint + " archived " + names[0] + "\n"));
+    EXPECT_THAT(run(kList), MatchesRegex("0:" + time + " " + kFingerprint + " current pair.pem\n" + time +
+                                         " unusable archived " + names[1] + "\n2001-02-03T04:05:06Z " +
+                                         kFingerprint + " archived " + names[0] + "\n"));
 
     const std::string headline = "Public key which may be used to verify dumps made from this host\n\n";
     for (const std::string setup : {"rm -f", "truncate -s 0", "ln -sf /dev/full"}) {
@@ -227,7 +216,7 @@ TEST_F(BackupRestoreHelper, ListsRestoresAndPublishesPairs) {
 
     EXPECT_THAT(run(kRestore + " " + names[1]), failsWith("not PEM"));
     EXPECT_EQ(run(kGet), "0:" + pairOf('x')) << "in force all the same";
-    EXPECT_THAT(run("--help"), testing::AllOf(testing::HasSubstr(kRestore), testing::StartsWith("0:")));
+    EXPECT_THAT(run("--help"), testing::AllOf(HasSubstr(kRestore), StartsWith("0:")));
 }
 
 TEST_F(BackupRestoreHelper, OpensNoFileAsAStandardStream) {

@@ -1,6 +1,4 @@
-#include "tests/support/program.h"
-
-#include <gmock/gmock.h>
+#include "tests/support/support.h"
 
 #include <set>
 
@@ -52,11 +50,10 @@ TEST(LibxmlProxy, TellsBadSchemasDocumentsAndArgumentsApart) {
         cases.emplace_back(name, name + ".xsd", 0, "");
     }
     for (const auto& [document, xsd, status, reason] : cases) {
-        const ProgramResult result =
-            runProgram({"/usr/bin/env", "-C", folder.path(), LIBXML_PROXY, "--validate-xml",
-                        "--xml-file=" + document, "--xsd-file=" + xsd});
+        const Outcome result = runProgram({"/usr/bin/env", "-C", folder.path(), LIBXML_PROXY,
+                                           "--validate-xml", "--xml-file=" + document, "--xsd-file=" + xsd});
         EXPECT_EQ(result.status, status) << document << " " << xsd << " " << result.out;
-        EXPECT_THAT(result.out, testing::HasSubstr(reason)) << document << " " << xsd;
+        EXPECT_THAT(result.out, HasSubstr(reason)) << document << " " << xsd;
         EXPECT_EQ(result.out.empty(), status == 0) << result.out;
     }
     EXPECT_EQ(runProgram({LIBXML_PROXY, "--validate-xml", "--xml=n"}).out, "Unknown argument: --xml=n\n");
@@ -80,7 +77,7 @@ TEST(SendErrorReport, KeepsTheLatestHundredReportsAndRefusesWhatIsNone) {
         {"bmm", "<error>" + std::string(1 << 20, ' ') + "</error>", "it is longer than 1048576 bytes"},
     };
     for (const auto& [argument, text, reason] : cases) {
-        const ProgramResult result = runProgram({script, argument}, {}, text);
+        const Outcome result = runProgram({script, argument}, {}, text);
         EXPECT_EQ(result.status, reason.empty() ? 0 : 1) << reason;
         EXPECT_EQ(result.out, reason.empty() ? "" : "The error report is not taken: " + reason + "\n");
     }

@@ -1,63 +1,119 @@
 #pragma once
 
-#include <cstdio>
-#include <memory>
-#include <stdexcept>
-#include <string>
+#include "tests/support/temp_dir.h"
 
+#include <array>
+#include <functional>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace test_support {
 
-/// How a child process ended and what it wrote.
-struct ChildOutcome {
-    int exitCode = -1; ///< -1 when a signal ended it
-    int signal = 0;    ///< the signal that ended it, or 0
+/// How a process ended, and all that it wrote to its two streams.
+struct Outcome {
+    int status; ///< its exit code, or 128 plus the number of the signal that killed it, as a shell tells it
     std::string out;
     std::string err;
 };
 
-/// Runs `body` in a forked child, for what changes or ends the process. The child exits with 0 when `body`
-/// returns and with 99 when it throws. Expectations belong in the parent: let the child print what it found.
-template <class Body>
-ChildOutcome inChild(Body body) {
-    using File = std::unique_ptr<FILE, decltype([](FILE* f) { fclose(f); })>;
-    const File out(tmpfile());
-    const File err(tmpfile());
-    fflush(nullptr);
-    const pid_t pid = fork();
-    if (!out || !err || pid < 0) {
-        throw std::runtime_error("cannot start a child");
+/// A forked process, with its streams in memory.
+class Child {
+public:
+    /// Runs `body` in it and exits with 0 when that returns, and with 99 when it throws. Expectations belong
+    /// in the parent: let the child print what it found.
+    explicit Child(const std::function<void()>& body, const std::string& input = {}) {
+        requireSuccess(write(streams[0], input.data(), input.size()) == static_cast<ssize_t>(input.size()) &&
+                           lseek(streams[0], 0, SEEK_SET) == 0,
+                       "input of the child");
+        fflush(nullptr);
+        pid = fork();
+        requireSuccess(pid != -1, "fork");
+        if (pid == 0) {
+            live(body);
+        }
     }
-    if (pid == 0) {
-        dup2(fileno(out.get()), STDOUT_FILENO);
-        dup2(fileno(err.get()), STDERR_FILENO);
-        int code = 99;
+
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    ~Child() {
+        if (pid > 0) {
+            kill();
+            wait();
+        }
+        for (const int stream : streams) {
+            close(stream);
+        }
+    }
+
+    void kill() const { ::kill(pid, SIGKILL); }
+
+    /// Waits for the end. To be called once.
+    Outcome wait() {
+        int status = 0;
+        waitpid(std::exchange(pid, 0), &status, 0);
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
+                readFile("/proc/self/fd/" + std::to_string(streams[1])),
+                readFile("/proc/self/fd/" + std::to_string(streams[2]))};
+    }
+
+private:
+    [[noreturn]] void live(const std::function<void()>& body) const {
+        int code = 0;
+        for (int stream = 0; stream < 3; ++stream) {
+            dup2(streams.at(stream), stream);
+        }
         try {
             body();
-            code = 0;
         } catch (const std::exception& e) {
             fputs(e.what(), stderr);
+            code = 99;
         }
         fflush(nullptr);
         _exit(code);
     }
-    int status = 0;
-    waitpid(pid, &status, 0);
 
-    const auto content = [](FILE* file) {
-        fseek(file, 0, SEEK_SET);
-        std::string text;
-        for (int c = fgetc(file); c != EOF; c = fgetc(file)) {
-            text += static_cast<char>(c);
+    const std::array<int, 3> streams{memfd_create("input", MFD_CLOEXEC), memfd_create("output", MFD_CLOEXEC),
+                                     memfd_create("error", MFD_CLOEXEC)};
+    pid_t pid = 0;
+};
+
+inline Outcome inChild(const std::function<void()>& body) {
+    return Child(body).wait();
+}
+
+using Environment = std::map<std::string, std::string>;
+
+/// What a child does to become the program `argv`, whose first element is its path, with `env` on top of this
+/// process's environment.
+inline std::function<void()> program(const std::vector<std::string>& argv, const Environment& env = {}) {
+    return [argv, env] {
+        for (const auto& [name, value] : env) {
+            setenv(name.c_str(), value.c_str(), 1);
         }
-        return text;
+        std::vector<char*> arguments;
+        arguments.reserve(argv.size() + 1);
+        for (const std::string& argument : argv) {
+            arguments.push_back(const_cast<char*>(argument.c_str()));
+        }
+        arguments.push_back(nullptr);
+        execv(arguments[0], arguments.data());
+        requireSuccess(false, argv[0]);
     };
-    return {.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1,
-            .signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0,
-            .out = content(out.get()),
-            .err = content(err.get())};
+}
+
+/// Runs a program to its end.
+inline Outcome runProgram(const std::vector<std::string>& argv, const Environment& env = {},
+                          const std::string& input = {}) {
+    return Child(program(argv, env), input).wait();
 }
 
 } // namespace test_support

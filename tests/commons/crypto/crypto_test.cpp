@@ -1,13 +1,13 @@
 #include "commons/crypto/hex_text.h"
 #include "commons/crypto/openssl.h"
+#include "tests/support/support.h"
 
-#include <gmock/gmock.h>
 #include <openssl/err.h>
 
 namespace {
 
 using namespace brask;
-using testing::MatchesRegex;
+using namespace test_support;
 
 TEST(OpenSslException, TellsTheWholeQueueOldestFirstAndEmptiesIt) {
     ERR_raise(ERR_LIB_RSA, 101);

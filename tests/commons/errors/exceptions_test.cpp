@@ -1,14 +1,12 @@
 #include "commons/errors/system_error.h"
 #include "commons/errors/text_formatters.h"
 #include "commons/exceptions.h"
-#include "tests/support/thrown_text.h"
-
-#include <gmock/gmock.h>
+#include "tests/support/support.h"
 
 namespace {
 
 using namespace brask;
-using test_support::thrownText;
+using namespace test_support;
 
 BRASK_ERROR_TAG(TwoPlaceholders, "{} and {}")
 BRASK_ERROR_TAG(BoostStyle, "%1% of %2%")
@@ -16,10 +14,10 @@ BRASK_ERROR_TAG(BoostStyle, "%1% of %2%")
 TEST(Error, ItsCopyTellsWhatWentWrongWhereAndWhy) {
     Error<&TwoPlaceholders> outer;
     outer.Format("{}", 2);
-    EXPECT_THAT(GetErrorText(outer), testing::HasSubstr("exceptions_test.cpp:TwoPlaceholders] \n"));
+    EXPECT_THAT(GetErrorText(outer), HasSubstr("exceptions_test.cpp:TwoPlaceholders] \n"));
     outer.Include(Error<&ParamError, ExFatal>().Format("x", "y"));
     EXPECT_EQ(GetErrorMessage(Error<&TwoPlaceholders>(outer)), "{} and 2: Can't get param x: y");
-    EXPECT_THAT(Error<&TwoPlaceholders>().Format(1).what(), testing::EndsWith(": {} and {}"));
+    EXPECT_THAT(Error<&TwoPlaceholders>().Format(1).what(), EndsWith(": {} and {}"));
     Exc<&BoostStyle> older("f", "file", 7);
     older % "a" % 3;
     EXPECT_EQ(GetErrorText(Exc<&BoostStyle>(older)).rfind("BoostStyle a of 3 [", 0), 0U);

@@ -6,9 +6,7 @@
 namespace {
 
 using namespace brask;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::StartsWith;
+using namespace test_support;
 
 using LogTest = LibraryTest;
 

@@ -9,7 +9,7 @@
 namespace {
 
 using namespace brask;
-using testing::EndsWith;
+using namespace test_support;
 
 TEST(SettingsParser, ReadsEveryFormOfTheSyntax) {
     const std::pair<std::string, SettingsMap> cases[] = {
@@ -32,7 +32,7 @@ TEST(SettingsParser, TellsWhereAndWhatItExpected) {
         {"\xEF\xBB\xBF[s", "']', found '<EOF>': Line 1, column 3"},
         {"\nk = 'a\"\n'", "''', found '<EOL>': Line 2, column 8"}};
     for (const auto& [text, message] : cases) {
-        EXPECT_EQ(test_support::thrownText<ParseError>([&text = text] { SettingsParser().parse(text); }),
+        EXPECT_EQ(thrownText<ParseError>([&text = text] { SettingsParser().parse(text); }),
                   "Parse error: Expected " + message);
     }
 }
@@ -72,7 +72,7 @@ TEST_F(BackupSettingsFile, OverridesWhatItNamesUpToABadNumberAndNeverFailsTheCal
 }
 
 TEST(ShippedSettingsFile, ListsEveryValueAtItsDefaultAndSetsNone) {
-    const std::string text = test_support::readFile(PRODUCT_SOURCES "/admin/conf/panel.ini");
+    const std::string text = readFile(PRODUCT_SOURCES "/admin/conf/panel.ini");
     EXPECT_TRUE(SettingsParser().parse(text).empty());
     EXPECT_EQ(SettingsParser().parse(std::regex_replace(text, std::regex("(^|\n);(\\w+ = )"), "$1$2")),
               SettingsParser().parse("[bmm]\n" + describe({})));
@@ -83,7 +83,7 @@ TEST(ProductPaths, HaveOneSlashAtEachJointExceptWhereTheyAreConcatenated) {
     for (const auto& [a, b, joined] : cases) {
         EXPECT_EQ(joinPath(a, b), joined);
     }
-    const test_support::FixedParams params(test_support::FixedParams::Values{{"PRODUCT_ROOT_D", "/p/"}});
+    const FixedParams params(FixedParams::Values{{"PRODUCT_ROOT_D", "/p/"}});
     EXPECT_EQ(getBmmConfigFile(), "/p/BMM/log4cpp.properties");
     EXPECT_EQ(getLibxmlProxyPath(), "/p//admin/sbin/libxml-proxy");
 }

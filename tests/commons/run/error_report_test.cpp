@@ -7,7 +7,6 @@ namespace {
 
 using namespace brask;
 using namespace test_support;
-using testing::HasSubstr;
 namespace fs = std::filesystem;
 
 /// A product tree whose report sender is a script of the test's.
@@ -56,10 +55,10 @@ TEST_F(ErrorReport, TellsOfAGraveMessageWhatItIsAboutAndWhereItCameFrom) {
     xml.AddObject("c", "Customer");
     EXPECT_EQ(componentOf(nullptr), "Customer");
     EXPECT_EQ(componentOf(&objects), "domain");
-    EXPECT_THAT(readFile(dir.path("sent")),
-                testing::MatchesRegex(
-                    ".*\n<error><component>domain</component><message>m</message>"
-                    "<file>, domain</file><line>0</line><trace>( +[0-9]+# .*\n)+</trace></error>\n"));
+    EXPECT_THAT(
+        readFile(dir.path("sent")),
+        MatchesRegex(".*\n<error><component>domain</component><message>m</message>"
+                     "<file>, domain</file><line>0</line><trace>( +[0-9]+# .*\n)+</trace></error>\n"));
 }
 
 TEST_F(ErrorReport, HoldsWhatXmlAllowsAndAMarkForTheRest) {
@@ -96,7 +95,7 @@ TEST_F(ErrorReport, NothingThatTheSenderDoesHarmsTheRun) {
         useSender(script);
         EXPECT_NO_THROW(ErrorReportSender::instance().Send("general", large)) << script;
     }
-    const test_support::FixedParams noRoot{test_support::FixedParams::Values{}};
+    const FixedParams noRoot{FixedParams::Values{}};
     EXPECT_NO_THROW(ErrorReportSender::instance().Send("general", "m"));
 }
 

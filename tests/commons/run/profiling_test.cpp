@@ -2,8 +2,6 @@
 #include "commons/run/profiling.h"
 #include "lib/process/lib/identity.h"
 #include "tests/commons/library_test.h"
-#include "tests/support/file_size_limit.h"
-#include "tests/support/scoped_env.h"
 
 #include <regex>
 
@@ -11,8 +9,6 @@ namespace {
 
 using namespace brask;
 using namespace test_support;
-using testing::HasSubstr;
-using testing::StartsWith;
 
 /// The texts of an enumeration, and of one value beyond it.
 template <class Enumeration>
@@ -93,7 +89,7 @@ TEST_F(Profiling, AnAsynchronousRunLeavesMetricsWithASpeedOnceThereIsEnoughToMea
     }
     metric.start();
     metric.finish("/d/f", 1ULL << 40);
-    EXPECT_THAT(records(), testing::EndsWith("\"value\":0}\n"));
+    EXPECT_THAT(records(), EndsWith("\"value\":0}\n"));
 }
 
 TEST_F(Profiling, AFileThatCannotBeOpenedAndTextThatIsNotUtf8AreNotedAndTheWorkGoesOn) {
@@ -125,7 +121,7 @@ TEST_F(Profiling, ADiskThatFillsUpAfterTheStartCostsTheFinishAndOneNote) {
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.out,
               "{ \"" + cancelled + "Failed to write the file " + path + ": File too large\" }\n");
-    EXPECT_THAT(records(), testing::EndsWith("\"start\":\"TIME\",\"type\":\"operation\"}\n"));
+    EXPECT_THAT(records(), EndsWith("\"start\":\"TIME\",\"type\":\"operation\"}\n"));
 }
 
 } // namespace

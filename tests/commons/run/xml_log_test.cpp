@@ -13,7 +13,6 @@ namespace {
 
 using namespace brask;
 using namespace test_support;
-using testing::StartsWith;
 
 using Plain = ExTraceableBase<ExDefault>;
 
@@ -102,8 +101,7 @@ TEST_F(ExecutionLog, TheStatusCanOnlyRise) {
             run->RaiseStatus(severity);
         }
         run.reset();
-        EXPECT_THAT(readFile(dir.path("session/status.xml")),
-                    testing::HasSubstr("status=\"" + status + "\""));
+        EXPECT_THAT(readFile(dir.path("session/status.xml")), HasSubstr("status=\"" + status + "\""));
     }
 }
 
@@ -118,12 +116,10 @@ TEST_F(ExecutionLog, TheRunIsWrittenAtItsEndForThePanelsAccountAndAnEarlierResul
     }
     EXPECT_FALSE(std::filesystem::exists(result));
     DestroyXmlLog();
-    EXPECT_THAT(readFile(result),
-                testing::MatchesRegex("<execution-result status=.warnings.>\n  <message .*>\n"
-                                      "    <description>1<.*>2</description>\n[^34]*"));
+    EXPECT_THAT(readFile(result), MatchesRegex("<execution-result status=.warnings.>\n  <message .*>\n"
+                                               "    <description>1<.*>2</description>\n[^34]*"));
     EXPECT_EQ(statFile(result).st_uid, idOfUser("bsaadm", 0));
-    EXPECT_THAT(log.lines,
-                testing::ElementsAre("=> example.com Restore domain", testing::_, "1", "2", "3", "4"));
+    EXPECT_THAT(log.lines, ElementsAre("=> example.com Restore domain", testing::_, "1", "2", "3", "4"));
 
     CreateXmlLog("");
     std::filesystem::remove_all(dir.path("session"));

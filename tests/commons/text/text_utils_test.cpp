@@ -1,15 +1,14 @@
 #include "commons/text/random_text.h"
 #include "commons/text/text_utils.h"
 #include "commons/text/time_utils.h"
-#include "tests/support/scoped_env.h"
-
-#include <gmock/gmock.h>
+#include "tests/support/support.h"
 
 #include <regex>
 
 namespace {
 
 using namespace brask;
+using namespace test_support;
 
 TEST(TextUtils, BytesAreMadeUtf8) {
     EXPECT_EQ(SanitizeUtf8("\xC3\xA9\xFF\xFEz\xF0\x9F\x98\x80"), "\xC3\xA9??z\xF0\x9F\x98\x80");
@@ -37,7 +36,7 @@ TEST(TextUtils, ALongTextIsCut) {
 }
 
 TEST(TextUtils, TimesAreLocalAndPasswordsHaveEveryClass) {
-    const test_support::ScopedEnv zone("TZ", "XYZ-5:30");
+    const ScopedEnv zone("TZ", "XYZ-5:30");
     tzset();
     EXPECT_EQ(formatTimestamp(std::chrono::system_clock::from_time_t(1709231399)), "20240229T235959");
     const std::string password = randomPassword(4);

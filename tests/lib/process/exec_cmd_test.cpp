@@ -1,18 +1,17 @@
 #include "lib/process/lib/ExecCmd.h"
-#include "tests/support/program.h"
-#include "tests/support/thrown_text.h"
-
-#include <gmock/gmock.h>
+#include "lib/process/lib/sigpipe_guard.h"
+#include "tests/support/support.h"
 
 namespace {
 
 using namespace brask;
+using namespace test_support;
 
 TEST(ExecCmd, RunTellsAllThatIsKnownOfAFailure) {
     ExecCmd cmd("sh");
     cmd.addArg("-c").addArg("cat; echo $1 >&2; exit 2").addArg("").addArg("a b");
     cmd.stdinData = "in\n";
-    const std::string text = test_support::thrownText<ExecCmd::ExFailed>([&] { cmd.run(); });
+    const std::string text = thrownText<ExecCmd::ExFailed>([&] { cmd.run(); });
     // What a run leaves in errno depends on its timing.
     const std::string last = cmd.lastError.empty() ? "" : "Last error is\n" + cmd.lastError + "\n";
     EXPECT_EQ(text,
@@ -64,9 +63,8 @@ TEST(ExecCmd, ExceptionsPassRunAndStopAtExec) {
 TEST(ExecCmd, AMissingProgramIsStatusOneWithTheReason) {
     ExecCmd cmd("/nonexistent/tool");
     EXPECT_EQ(cmd.exec(), 1);
-    EXPECT_THAT(cmd.stderrData,
-                testing::HasSubstr(": forkExecvPipes: execv() failed: No such file or directory\n"));
-    EXPECT_THAT(cmd.stdoutData, testing::EndsWith(cmd.stderrData));
+    EXPECT_THAT(cmd.stderrData, HasSubstr(": forkExecvPipes: execv() failed: No such file or directory\n"));
+    EXPECT_THAT(cmd.stdoutData, EndsWith(cmd.stderrData));
 }
 
 TEST(ShellEscape, MarksWhatAShellWouldTakeForItsOwnAndLeavesTheRest) {
@@ -81,8 +79,48 @@ TEST(ShellEscape, MarksWhatAShellWouldTakeForItsOwnAndLeavesTheRest) {
             << byte;
     }
     for (const std::string& word : {escapeForShell(all), shellQuote(all)}) {
-        EXPECT_EQ(test_support::runProgram({"/bin/sh", "-c", "printf %s x" + word}).out, "x" + all);
+        EXPECT_EQ(runProgram({"/bin/sh", "-c", "printf %s x" + word}).out, "x" + all);
     }
+}
+
+/// Feeds a megabyte to a child that reads none of it, tells its signal mask, and exits at once.
+void feedDeafChild() {
+    fflush(stdout);
+    ExecCmd deaf("sh");
+    deaf.addArg("-c").addArg("exec <&-; grep SigBlk /proc/self/status | tail -c 5; exit 3");
+    deaf.stdinData.assign(1 << 20, 'x');
+    printf("%d after %s", deaf.execute(), deaf.stdoutData.c_str());
+}
+
+TEST(SigpipeGuard, WhileItLivesADeafChildCostsItsStatusOnly) {
+    const auto child = inChild([] {
+        {
+            const SigpipeGuard outer;
+            const SigpipeGuard inner;
+            feedDeafChild();
+        }
+        printf("alive\n");
+        feedDeafChild();
+    });
+    EXPECT_EQ(child.out, "3 after 0000\nalive\n");
+    EXPECT_EQ(child.status, 128 + SIGPIPE);
+}
+
+TEST(SigpipeGuard, LeavesTheCallersOwnBlockAndItsPendingSignalAlone) {
+    const auto child = inChild([] {
+        sigset_t set;
+        sigemptyset(&set);
+        sigaddset(&set, SIGPIPE);
+        sigprocmask(SIG_BLOCK, &set, nullptr);
+        raise(SIGPIPE);
+        {
+            const SigpipeGuard guard;
+            feedDeafChild();
+        }
+        sigpending(&set);
+        printf("pending: %d", sigismember(&set, SIGPIPE));
+    });
+    EXPECT_EQ(child.out, "3 after 1000\npending: 1");
 }
 
 } // namespace

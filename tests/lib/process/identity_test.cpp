@@ -1,13 +1,12 @@
 #include "lib/process/lib/identity.h"
 #include "lib/process/lib/spawn.h"
 #include "lib/runtime/low_level_log.h"
-#include "tests/support/child.h"
-
-#include <gmock/gmock.h>
+#include "tests/support/support.h"
 
 namespace {
 
 using namespace brask;
+using namespace test_support;
 
 TEST(LookUp, FindsNamesAndIdsAndLogsWhatIsUnknown) {
     const std::tuple<const char*, gid_t, const char*> groups[] = {
@@ -36,10 +35,10 @@ TEST(Switch, FailuresEndTheProcessAndSayWhy) {
         {"root", 0, "Cannot run as forbidden uid: 0\n"},
     };
     for (const auto& [user, flags, text] : cases) {
-        const auto child = test_support::inChild([&] { p_setuid_core(user, flags); });
-        EXPECT_EQ(child.exitCode, 1) << text;
-        EXPECT_THAT(child.out, testing::StartsWith(std::string("identity_tests: ") + text));
-        EXPECT_THAT(child.err, testing::EndsWith(child.out));
+        const auto child = inChild([&] { p_setuid_core(user, flags); });
+        EXPECT_EQ(child.status, 1) << text;
+        EXPECT_THAT(child.out, StartsWith(std::string("identity_tests: ") + text));
+        EXPECT_THAT(child.err, EndsWith(child.out));
     }
 }
 

@@ -1,15 +1,12 @@
 #include "commons/errors/system_error.h"
 #include "lib/process/lib/closefrom.h"
 #include "lib/process/lib/spawn.h"
-#include "tests/support/child.h"
-
-#include <gmock/gmock.h>
+#include "tests/support/support.h"
 
 #include <algorithm>
 
 #include <linux/filter.h>
 #include <linux/seccomp.h>
-#include <signal.h>
 #include <stddef.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -19,6 +16,7 @@
 namespace {
 
 using namespace brask;
+using namespace test_support;
 
 class Spawn : public testing::Test {
 protected:
@@ -79,7 +77,7 @@ TEST_F(Spawn, GivesTheExitCodeOrMinusOneAndAddsToTheOutput) {
 }
 
 TEST_F(Spawn, SignalsThatInterruptTheTalkOrTheWaitChangeNothing) {
-    const auto caller = test_support::inChild([this] {
+    const auto caller = inChild([this] {
         struct sigaction interrupting {};
         interrupting.sa_handler = [](int) {};
         sigaction(SIGALRM, &interrupting, nullptr);
@@ -103,7 +101,7 @@ TEST_F(Spawn, ACallbackThatThrowsEndsTheChildBeforeItsExceptionGoesOn) {
 }
 
 TEST_F(Spawn, AnExceptionInTheChildGoesOnInTheChild) {
-    const auto caller = test_support::inChild([this] {
+    const auto caller = inChild([this] {
         run("true", "", {{"IN=VALID", ""}});
         printf("%s", error.c_str()); // not done by the child, whose exception goes past it
     });
@@ -111,7 +109,7 @@ TEST_F(Spawn, AnExceptionInTheChildGoesOnInTheChild) {
 }
 
 TEST_F(Spawn, TooManyDescriptorsForSelectAreAnErrorWithoutAChild) {
-    const auto caller = test_support::inChild([this] {
+    const auto caller = inChild([this] {
         const rlimit limit{2048, 2048};
         setrlimit(RLIMIT_NOFILE, &limit);
         while (dup(STDOUT_FILENO) < FD_SETSIZE - 6) {
@@ -150,7 +148,7 @@ TEST_F(Spawn, TheChildInheritsNoDescriptorAboveTwo) {
     // 150 are more than the walk of the listing does in a table of this size, so the rest is swept.
     for (const auto& [open, hasCloseRange] :
          {std::pair(5, true), std::pair(5, false), std::pair(150, false)}) {
-        const auto child = test_support::inChild([&] {
+        const auto child = inChild([&] {
             const rlimit limit{1024, 1024};
             setrlimit(RLIMIT_NOFILE, &limit);
             for (int i = 0; i < open; ++i) {
@@ -166,8 +164,7 @@ TEST_F(Spawn, TheChildInheritsNoDescriptorAboveTwo) {
             printf("%s", output.c_str());
         });
         // The listing itself takes one.
-        EXPECT_THAT(child.out, testing::MatchesRegex("(/proc/[0-9]+/fd/[0-3][ \n]){4}"))
-            << open << hasCloseRange;
+        EXPECT_THAT(child.out, MatchesRegex("(/proc/[0-9]+/fd/[0-3][ \n]){4}")) << open << hasCloseRange;
     }
 }
 

@@ -1,21 +1,18 @@
 #include "lib/runtime/bsa_conf.h"
 #include "lib/runtime/bsa_conf_table.h"
 #include "lib/runtime/low_level_log.h"
-#include "tests/support/child.h"
-#include "tests/support/temp_dir.h"
-
-#include <gmock/gmock.h>
+#include "tests/support/support.h"
 
 #include <syslog.h>
 
 namespace {
 
 using namespace brask;
-using test_support::inChild;
+using namespace test_support;
 
 /// Loads a file of this content. Its pairs in their order, each as "name=value;", and what was logged.
-test_support::ChildOutcome load(const std::string& content) {
-    const test_support::TempDir dir;
+Outcome load(const std::string& content) {
+    const TempDir dir;
     const std::string file = dir.write("bsa.conf", content);
     return inChild([&] {
         LogInit(nullptr, 7, LOG_USER, LOG_PERROR, "test");
@@ -46,7 +43,7 @@ TEST(BsaConfFile, EachLineGivesItsValueOrIsToldAndLeftOut) {
         const auto loaded = load("# comment\n\n  \n\t#\nA 1\n" + line);
         EXPECT_EQ(loaded.out, "A=1;" + pairs) << line;
         EXPECT_EQ(loaded.err.empty(), reason.empty()) << loaded.err;
-        EXPECT_THAT(loaded.err, testing::HasSubstr(reason.empty() ? "" : "definition " + line + reason));
+        EXPECT_THAT(loaded.err, HasSubstr(reason.empty() ? "" : "definition " + line + reason));
     }
 }
 
@@ -66,11 +63,11 @@ TEST(BsaConf, EveryVariableHasItsNumberAndItsDefault) {
             printf("%s %s\n", bsaConfNames[row], bsaConfGetById(row));
         }
     });
-    EXPECT_EQ(child.out, test_support::readFile(TEST_DATA "/bsa_conf.txt"));
+    EXPECT_EQ(child.out, readFile(TEST_DATA "/bsa_conf.txt"));
 }
 
 TEST(BsaConf, ServesDefaultsUntilTheFileIsThereAndNeverReadsItAgain) {
-    const test_support::TempDir dir;
+    const TempDir dir;
     const auto child = inChild([&] {
         std::filesystem::current_path(dir.path()); // where this program's configuration file is
         printf("%s|", bsaConfGetById(17));
@@ -84,6 +81,61 @@ TEST(BsaConf, ServesDefaultsUntilTheFileIsThereAndNeverReadsItAgain) {
         }
     });
     EXPECT_EQ(child.out, "/var/lib/bsa/dumps|/dumps|o|/tmp|/dumps|_MIN_POSSIBLE_BSA_CONF_VAR_VALUE|11");
+}
+
+TEST(LowLevelLog, TargetAndLevelChooseWhereLinesGo) {
+    const std::tuple<const char*, int, const char*, std::string, std::string> cases[] = {
+        {nullptr, 0, "7", "0", "0"}, // not initialised
+        {"Console", 4, "7", "01234", "01234"},
+        {"STDERR", 8 + 3, "7", "", "01234567"}, // 8 lets the environment raise the level
+        {"STDERR", 8 + 3, "2", "", "0123"},
+        {"STDERR", 8 + 3, "12", "", "0123"},
+    };
+    for (const auto& [target, level, variable, out, err] : cases) {
+        const ScopedEnv env("BRASK_LOG_LEVEL", variable);
+        auto child = inChild([&] {
+            if (target != nullptr) {
+                LogInit(target, level, 0, 0, nullptr);
+            }
+            for (int priority = 0; priority <= 12; ++priority) {
+                logWrite(priority, "%d", priority);
+            }
+        });
+        std::erase(child.out, '\n');
+        std::erase(child.err, '\n');
+        EXPECT_EQ(child.out + "|" + child.err, out + "|" + err) << level << " with " << variable;
+    }
+}
+
+TEST(LowLevelLog, SyslogLinesCarryTheInheritedTraceIdAndAreCutAtTheBuffer) {
+    const ScopedEnv env("BRASK_LOG_TRACE_ID", "T42");
+    const auto child = inChild([] {
+        LogInit(nullptr, LOG_WARNING, LOG_USER, LOG_PERROR | kLogTraceId, "tool");
+        logWrite(LOG_WARNING, "%s", std::string(9000, 'x').c_str());
+    });
+    EXPECT_EQ(child.err.substr(child.err.find("]: ") + 3), "T42: " + std::string(8191 - 5, 'x') + "\n");
+}
+
+TEST(LowLevelLog, ANewTraceIdIsHandedDownToChildren) {
+    const ScopedEnv none("BRASK_LOG_TRACE_ID", std::nullopt);
+    const auto child = inChild([] {
+        LogInit(nullptr, LOG_WARNING, LOG_USER, LOG_PERROR | kLogTraceId, "tool");
+        logWrite(LOG_WARNING, "m");
+        printf("R%d %s", getpid(), getenv("BRASK_LOG_TRACE_ID"));
+    });
+    const std::string id = child.out.substr(child.out.find(' ') + 1);
+    EXPECT_EQ(child.out, id + " " + id);
+    EXPECT_TRUE(child.err.ends_with("]: " + id + ": m\n")) << child.err;
+}
+
+TEST(ErrorExit, AMessageThatCannotBeFormattedStillEndsTheProcess) {
+    const auto child = inChild([] {
+        const wchar_t noCharacter[] = {0x7fffffff, 0};
+        errno = ENOENT;
+        ErrorExit(3, "%ls", noCharacter);
+    });
+    EXPECT_EQ(child.status, 3);
+    EXPECT_EQ(child.err, "runtime_tests: \nSystem error 2: No such file or directory\n");
 }
 
 } // namespace

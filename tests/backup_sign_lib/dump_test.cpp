@@ -1,0 +1,162 @@
+#include "backup_sign_lib/utils.h"
+#include "tests/support/support.h"
+
+#include <libxml/xmlerror.h>
+
+#include <random>
+
+namespace {
+
+using namespace brask;
+using namespace test_support;
+
+/// Reads the whole stream in blocks of `block` bytes, each of them full but the last.
+std::string readAll(const std::vector<std::string>& files, size_t limit, size_t block) {
+    DumpFileStream stream(files, limit);
+    std::string content;
+    std::string buffer(block, '\0');
+    while (const size_t count = stream.read(buffer.data(), block)) {
+        EXPECT_EQ(content.size() % block, 0U) << "a short block in the middle";
+        content.append(buffer, 0, count);
+    }
+    EXPECT_TRUE(stream.atEnd());
+    return content;
+}
+
+TEST(DumpStream, IsTheConcatenationWithTheLastVolumeCutAtTheLimit) {
+    const TempDir dir;
+    std::mt19937 random(20);
+    const auto upTo = [&random](size_t most) { return random() % (most + 1); };
+    for (int round = 0; round < 200; ++round) {
+        std::vector<std::string> files;
+        std::string expected;
+        size_t last = 0;
+        for (size_t volumes = 1 + upTo(4); volumes > 0; --volumes) {
+            // Empty volumes, and sizes round that of the library's own buffer, come up often.
+            const size_t sizes[] = {0, upTo(9), 4095 + upTo(2), upTo(20000)};
+            last = sizes[upTo(3)];
+            std::string content(last, '\0');
+            std::generate(content.begin(), content.end(), random);
+            expected += content;
+            files.push_back(dir.write("volume" + std::to_string(volumes), content));
+        }
+        const size_t limits[] = {0, last, upTo(last), last + upTo(5)};
+        const size_t limit = limits[upTo(3)];
+        if (limit != 0 && limit < last) {
+            expected.resize(expected.size() - last + limit);
+        }
+        const size_t blocks[] = {1 + upTo(9), 4096, 1 + upTo(30000), 1048576};
+        const size_t block = blocks[upTo(3)];
+        ASSERT_EQ(readAll(files, limit, block), expected) << round << ", " << limit << ", " << block;
+    }
+}
+
+TEST(DumpStream, VolumesThatCannotBeReadAreNamedOrEndTheStreamQuietly) {
+    const TempDir dir;
+    const std::string file = dir.write("file", "abc");
+    std::filesystem::create_symlink("file", dir.path("good"));
+    EXPECT_NO_THROW(checkFilesExistance({file, dir.path("good")}));
+    EXPECT_THROW(checkFilesExistance({file, "/dev/null", "never looked at"}), Error<&IsNotRegularFileError>);
+    const std::string missing = dir.path("missing");
+    const auto read = [&] { readAll({file, missing, file}, 0, 10); };
+    EXPECT_EQ(thrownText<Error<&SignError>>(read), "Cannot read file " + missing);
+    EXPECT_EQ(readAll({file, dir.path()}, 0, 10), "abc"); // a directory opens and can't be read
+}
+
+TEST(DumpSignature, TheLastMarkerInTheTailIsFoundWithItsOffset) {
+    const std::string marker = "<Signature xmlns=";
+    const std::string tail = marker + std::string(4096 - marker.size(), ' ');
+    const std::tuple<std::string, std::string, size_t> cases[] = {
+        {marker, marker, 0},
+        {marker + "1" + marker + "2", marker + "2", 18},
+        {"dump" + tail, tail, 4},
+        {"dump" + tail + " ", "", 0}, // the marker straddles the start of the range
+    };
+    const TempDir dir;
+    for (const auto& [content, signature, offset] : cases) {
+        size_t position = 77;
+        EXPECT_EQ(readDumpSignature(dir.write("file", content), position), signature) << content;
+        EXPECT_EQ(position, offset) << content;
+    }
+}
+
+TEST(DumpSignature, EachTextOfTheDocumentCountsButTheSignersKey) {
+    const TempDir dir;
+    const std::vector<std::string> files{dir.write("dump", "some dump")};
+    const auto [privateKey, publicKey] = generateServerKeypair();
+    signDumpFile(files, privateKey, publicKey);
+    const std::string good = readFile(files[0]);
+    const std::tuple<std::string, size_t, std::string, std::string> cases[] = {
+        {"<DigestValue>", 4, "", "Digest is wrong"},
+        {"<DigestValue>", 4, "QUJD", "Digest is wrong"},
+        {"<SignatureValue>", 4, "QUJD", "Signature is wrong"},
+        {"<SignatureValue>", 174, "", "Cannot base64 decode signature"},
+        {"</Signature>", 0, std::string("\0junk", 5),
+         "Unable to parse the signature: The XML file - was not parsed successfully with the following "
+         "errors:\nEntity: line 26: parser error : Char 0x0 out of allowed range\n"},
+    };
+    for (const auto& [element, count, text, verdict] : cases) {
+        dir.write("dump", std::string(good).replace(good.find(element) + element.size(), count, text));
+        const auto verify = [&] { verifyDumpFile(files, publicKey); };
+        EXPECT_EQ(thrownText<Error<&VerifyError>>(verify), verdict);
+    }
+    EXPECT_EQ(xmlGenericErrorContext, nullptr) << "the buffer of the failed parse is gone";
+    dir.write("dump", std::string(good).replace(good.find("<Modulus>") + 9, 4, "QUJD"));
+    EXPECT_NO_THROW(verifyDumpFile(files, publicKey)) << "a dump is verified with this server's own key";
+}
+
+std::shared_ptr<SignatureData> parse(const std::string& text) {
+    tXmlBmmDocument document(text);
+    document.initFileDoc(nullptr);
+    return parseSignXml(document);
+}
+
+/// Writes the document of the file "data" and the key "key" with values of the openssl command alone.
+constexpr const char* kOpensslDocument = R"sh(cd "$1"
+value() { openssl base64 -A | sed 's/.\{71\}/&\n/g'; }
+printf '<Signature xmlns="http://www.w3.org/2000/09/xmldsig#">\n<SignedInfo>\n'
+printf '<CanonicalizationMethod Algorithm="http://www.w3.org/TR/2001/REC-xml-c14n-20010315"/>\n'
+printf '<SignatureMethod Algorithm="http://www.w3.org/2000/09/xmldsig#rsa-sha1"/>\n<Reference>\n<Transforms>\n'
+printf '<Transform Algorithm="http://www.w3.org/2000/09/xmldsig#enveloped-signature"/>\n</Transforms>\n'
+printf '<DigestMethod Algorithm="http://www.w3.org/2000/09/xmldsig#sha1"/>\n<DigestValue>'
+openssl dgst -sha1 -binary data | value
+printf '</DigestValue>\n</Reference>\n</SignedInfo>\n<SignatureValue>'
+openssl dgst -sha1 -sign key data | value
+printf '</SignatureValue>\n<KeyInfo><KeyName>bsabackup.pem</KeyName>\n<RSAKeyValue>\n<Modulus>'
+openssl rsa -noout -modulus -in key | cut -c 9- | tr -d '\n' | value
+printf '</Modulus>\n<Exponent>MTAwMDE=</Exponent>\n</RSAKeyValue>\n</KeyInfo>\n</Signature>')sh";
+
+TEST(SignatureDocument, IsToTheByteWhatOpensslsValuesGive) {
+    const TempDir dir;
+    const auto [privateKey, publicKey] = generateServerKeypair();
+    dir.write("key", privateKey);
+    dir.write("data", "some dump");
+    Digest digest;
+    digest.update("some dump", 9);
+    const std::string document = createSignatureDocument(digest, privateKey, publicKey);
+    EXPECT_EQ(document, runProgram({"/bin/sh", "-c", kOpensslDocument, "sh", dir.path()}).out);
+    EXPECT_EQ(document.size(), 1196U);
+}
+
+TEST(SignatureDocument, TextsAreTakenAsTheyStandAndTheFirstMissingElementIsNamed) {
+    const std::string name = "<Signature xmlns='http://www.w3.org/2000/09/xmldsig#'>";
+    const std::string digest =
+        "<SignedInfo><Reference><DigestValue> d </DigestValue></Reference></SignedInfo>";
+    const std::string value = "<SignatureValue>\ns&amp;</SignatureValue>";
+    const std::string key = "<KeyInfo><RSAKeyValue><Exponent>e</Exponent><Modulus/></RSAKeyValue></KeyInfo>";
+    const auto data = parse(name + key + value + digest + "</Signature>");
+    EXPECT_EQ(data->digestValue + "|" + data->signatureValue + "|" + data->modulus + "|" + data->exponent,
+              " d |\ns&||e");
+    const std::pair<std::string, std::string> cases[] = {
+        {name + digest + value + "<Modulus/>", "KeyInfo/n:RSAKeyValue/n:Modulus"},
+        {name + digest + key, "SignatureValue"},
+        {name + "<DigestValue>d</DigestValue>" + value, "SignedInfo/n:Reference/n:DigestValue"},
+        {"<Signature>" + digest + value + key, "SignedInfo/n:Reference/n:DigestValue"},
+    };
+    for (const auto& [document, missing] : cases) {
+        EXPECT_EQ(thrownText<Error<&WrongSignatureDataError>>([&] { parse(document + "</Signature>"); }),
+                  "Requred XML element is absent: n:" + missing);
+    }
+}
+
+} // namespace
