@@ -38,7 +38,7 @@ TEST(Messages, AreThoseThatCallersKnow) {
                       &tError_WrongDoc, &InvalidDtdFile, &ExternalDtdValidationFailed,
                       &InternalDtdValidationFailed, &tError_XPath_CantEvaluate, &tError_XPath_TypesMismatch,
                       &ExecCmd::Failed),
-              readFile(TEST_DATA "/messages.txt"));
+              readFile(SOURCE_FOLDER "/tests/data/messages.txt"));
 }
 
 } // namespace

@@ -12,7 +12,7 @@ using namespace test_support;
 TEST(Run, LogsAFailureOfBoostsInFullWithoutAnExitCodeAndKeepsDocumentsFromLoadingOthers) {
     const TempDir dir;
     const FixedParams params{{{"PRODUCT_ROOT_D", dir.path()}}};
-    dir.write("BMM/log4cpp.properties", readFile(PRODUCT_SOURCES "/BMM/log4cpp.properties"));
+    dir.write("BMM/log4cpp.properties", readFile(SOURCE_FOLDER "/product/BMM/log4cpp.properties"));
     // log4cpp is configured once in a process.
     const auto child = inChild([&] {
         const auto stockLoader = xmlGetExternalEntityLoader();

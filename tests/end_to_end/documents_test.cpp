@@ -10,7 +10,7 @@ using namespace test_support;
 
 /// The commands of a document: its fenced blocks of shell, one after another.
 std::string commandsOf(const std::string& document) {
-    std::istringstream text(readFile(REPOSITORY "/docs/" + document));
+    std::istringstream text(readFile(SOURCE_FOLDER "/docs/" + document));
     std::string commands;
     bool inBlock = false;
     for (std::string line; std::getline(text, line);) {
@@ -85,7 +85,7 @@ TEST_F(DocumentsTest, TheCommandsOfAnAdministratorRun) {
     const std::pair<const char*, const char*> places[] = {
         {"/opt/bsa", "$ROOT"},
         {"/usr/local/sbin", "bin"},
-        {"/usr/share/doc/backup-sign/examples", REPOSITORY "/packaging/examples"},
+        {"/usr/share/doc/backup-sign/examples", SOURCE_FOLDER "/packaging/examples"},
     };
     for (const auto& [server, test] : places) {
         commands = std::regex_replace(commands, std::regex(server), test);
@@ -118,7 +118,7 @@ TEST_F(DocumentsTest, TheManualsAndTheCompletionKnowEveryOption) {
             complete_line --g
             complete_line --session-path = prod
             complete_line --sign-dump ./dump.1 ./bu' "$3/completion/backup_sign.bash")sh",
-                    {dir.path(), BACKUP_SIGN_PROGRAM, REPOSITORY}),
+                    {dir.path(), BACKUP_SIGN_PROGRAM, SOURCE_FOLDER}),
               "--sign-dump --verify-dump --help --session-path= --verbose --debug\n"
               "--generate --get-certificate\nproduct\n./bu_pubkey.txt\n");
 }

@@ -64,7 +64,7 @@ TEST(SendErrorReport, KeepsTheLatestHundredReportsAndRefusesWhatIsNone) {
     const std::string script = root.path("admin/bin/send-error-report");
     const std::string spool = root.path("var/error-reports");
     fs::create_directories(root.path("admin/bin"));
-    fs::copy_file(PRODUCT_SOURCES "/admin/bin/send-error-report", script);
+    fs::copy_file(SOURCE_FOLDER "/product/admin/bin/send-error-report", script);
     const std::string report = "<?xml version=\"1.0\"?>\n<error><component>general</component></error>\n";
     for (int year = 1000; year < 1102; ++year) {
         root.write("var/error-reports/report-" + std::to_string(year) + ".xml", "old");

@@ -16,7 +16,7 @@ namespace {
 /// The path of the accounts' file `name`. Who is not root can give files to nobody else: to him the panel's
 /// account is his own, in a file without a name that outlives exec.
 std::string accountsFile(const char* name) {
-    std::string path = std::string(ACCOUNTS_DIR "/") + name;
+    std::string path = std::string(SOURCE_FOLDER "/tests/support/accounts/") + name;
     if (geteuid() == 0) {
         return path;
     }

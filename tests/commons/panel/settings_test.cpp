@@ -72,7 +72,7 @@ TEST_F(BackupSettingsFile, OverridesWhatItNamesUpToABadNumberAndNeverFailsTheCal
 }
 
 TEST(ShippedSettingsFile, ListsEveryValueAtItsDefaultAndSetsNone) {
-    const std::string text = readFile(PRODUCT_SOURCES "/admin/conf/panel.ini");
+    const std::string text = readFile(SOURCE_FOLDER "/product/admin/conf/panel.ini");
     EXPECT_TRUE(SettingsParser().parse(text).empty());
     EXPECT_EQ(SettingsParser().parse(std::regex_replace(text, std::regex("(^|\n);(\\w+ = )"), "$1$2")),
               SettingsParser().parse("[bmm]\n" + describe({})));

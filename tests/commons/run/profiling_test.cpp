@@ -23,7 +23,7 @@ std::string textsOf(int count) {
 TEST(Names, AreThoseThatReadersOfTheFilesKnow) {
     EXPECT_EQ(textsOf<ProfilingOperationType>(59) + textsOf<ProfilingAttribute>(16) +
                   textsOf<ProfilingMetricType>(4),
-              readFile(TEST_DATA "/profiling_names.txt"));
+              readFile(SOURCE_FOLDER "/tests/data/profiling_names.txt"));
     std::string names;
     for (int id = 0; id <= 28; ++id) {
         names += objectDisplayName(id) + "\n";
@@ -32,7 +32,7 @@ TEST(Names, AreThoseThatReadersOfTheFilesKnow) {
                                    "Database user", "Email account", "Mail list"}) {
         names += type + ": " + objectTypeDisplayName(type) + "\n";
     }
-    EXPECT_EQ(names, readFile(TEST_DATA "/object_names.txt"));
+    EXPECT_EQ(names, readFile(SOURCE_FOLDER "/tests/data/object_names.txt"));
     EXPECT_EQ(objectTypeDisplayName("domain"), "domain");
 }
 
@@ -118,7 +118,7 @@ TEST_F(Profiling, ADiskThatFillsUpAfterTheStartCostsTheFinishAndOneNote) {
         unfinished.reset(); // not the end of the process
         fullAgain.lift();
     });
-    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out,
               "{ \"" + cancelled + "Failed to write the file " + path + ": File too large\" }\n");
     EXPECT_THAT(records(), EndsWith("\"start\":\"TIME\",\"type\":\"operation\"}\n"));

@@ -64,7 +64,7 @@ protected:
     TempDir dir;
     const FixedParams params{FixedParams::Values{{"PRODUCT_ROOT_D", dir.path()}}};
     const SessionLifetimeController controller{dir.path("session #1")};
-    const std::string shipped = readFile(PRODUCT_SOURCES "/BMM/log4cpp.properties");
+    const std::string shipped = readFile(SOURCE_FOLDER "/product/BMM/log4cpp.properties");
 };
 
 TEST_F(DebugLogTest, TheOptionsReachTheFlagsTheLevelAndStandardError) {

@@ -63,7 +63,7 @@ TEST(BsaConf, EveryVariableHasItsNumberAndItsDefault) {
             printf("%s %s\n", bsaConfNames[row], bsaConfGetById(row));
         }
     });
-    EXPECT_EQ(child.out, readFile(TEST_DATA "/bsa_conf.txt"));
+    EXPECT_EQ(child.out, readFile(SOURCE_FOLDER "/tests/data/bsa_conf.txt"));
 }
 
 TEST(BsaConf, ServesDefaultsUntilTheFileIsThereAndNeverReadsItAgain) {
