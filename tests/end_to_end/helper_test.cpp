@@ -5,6 +5,9 @@ namespace {
 using namespace end_to_end;
 using namespace test_support;
 
+const std::string kGet = "--get-backup-certificate\n";
+const std::string kSet = "--set-backup-certificate\n";
+
 class HelperTest : public ToolTest {
 protected:
     /// How often the helper was run with each argument, as noted by kNoteRun.
@@ -26,7 +29,7 @@ TEST_F(HelperTest, IsRunOnceWithNothingButThePipes) {
     // to root and root's group, whoever runs it.
     const std::string as = geteuid() == 0 ? "setpriv --regid 4711 --clear-groups " : "";
     shell("exec 7</dev/null; " + as + "\"$1\" --sign-dump \"$2\"", {BACKUP_SIGN_PROGRAM, file});
-    EXPECT_EQ(runs(), "--get-backup-certificate\n--set-backup-certificate\n");
+    EXPECT_EQ(runs(), kGet + kSet);
     EXPECT_EQ(readFile(dir.path("fds")).find(" 7 ->"), std::string::npos);
 #ifdef NDEBUG
     EXPECT_EQ(readFile(dir.path("owner")), "0:0\n");
@@ -38,7 +41,7 @@ TEST_F(HelperTest, IsRunOnceWithNothingButThePipes) {
 
     std::filesystem::remove(dir.path("runs"));
     shell("\"$1\" --verify-dump \"$2\"; \"$1\" --generate", {BACKUP_SIGN_PROGRAM, file});
-    EXPECT_EQ(runs(), "--get-backup-certificate\n--set-backup-certificate\n");
+    EXPECT_EQ(runs(), kGet + kSet);
 }
 
 TEST_F(HelperTest, APairThatWasEditedOrReplacedIsNotLost) {
@@ -82,11 +85,7 @@ TEST_F(HelperTest, CertificateIsThePairAndThePublishedKeyItsPublicHalf) {
 TEST_F(HelperTest, FailuresEndAsTold) {
     const std::string file = dir.write("dump", "content");
 
-    const struct {
-        std::string script;
-        std::string out;
-        std::string runs;
-    } cases[] = {
+    const std::tuple<std::string, std::string, std::string> cases[] = {
         {"exit 3", "Unable to set backup sign certificate", "get set"},
         {"echo reason; exit 1", "Unable to set backup sign certificate: reason\n", "get set"},
         {"cat; exit 1", "Unable to set backup sign certificate: [private key]\n\n\n-----BEGIN RSA PUBLIC",
@@ -97,27 +96,22 @@ TEST_F(HelperTest, FailuresEndAsTold) {
         {"kill -9 $$", "Unable to set backup sign certificate", "get set"},
     };
 
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.script);
+    for (const auto& [script, out, calls] : cases) {
+        SCOPED_TRACE(script);
         std::filesystem::remove(dir.path("runs"));
-        dir.write("product/admin/bin/backup_restore_helper", "#!/bin/sh\n" + noteRun() + c.script + "\n");
+        dir.write("product/admin/bin/backup_restore_helper", "#!/bin/sh\n" + noteRun() + script + "\n");
         const Outcome outcome = tool({"--sign-dump", file});
-        EXPECT_EQ(outcome.out.rfind(c.out, 0), 0U) << outcome.out;
-        EXPECT_EQ(outcome.out.empty(), c.out.empty()) << outcome.out;
+        EXPECT_THAT(outcome.out, StartsWith(out));
+        EXPECT_EQ(outcome.out.empty(), out.empty()) << outcome.out;
         EXPECT_EQ(outcome.err, "");
-        EXPECT_EQ(outcome.status, c.out.empty() ? 0 : 1);
-        EXPECT_EQ(runs(), c.runs == "get" ? "--get-backup-certificate\n"
-                                          : "--get-backup-certificate\n--set-backup-certificate\n");
+        EXPECT_EQ(outcome.status, out.empty() ? 0 : 1);
+        EXPECT_EQ(runs(), calls == "get" ? kGet : kGet + kSet);
     }
 
     std::filesystem::remove(productPath("admin/bin/backup_restore_helper"));
     const Outcome missing = tool({"--sign-dump", file});
-    EXPECT_EQ(missing.out.rfind(
-                  "Unable to set backup sign certificate: backup_sign: forkExecvPipes: execv() failed: "
-                  "No such file or directory\n",
-                  0),
-              0U)
-        << missing.out;
+    EXPECT_THAT(missing.out, StartsWith("Unable to set backup sign certificate: backup_sign: forkExecvPipes: "
+                                        "execv() failed: No such file or directory\n"));
     EXPECT_EQ(missing.status, 1);
 }
 

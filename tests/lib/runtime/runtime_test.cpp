@@ -128,7 +128,7 @@ TEST(LowLevelLog, ANewTraceIdIsHandedDownToChildren) {
     EXPECT_TRUE(child.err.ends_with("]: " + id + ": m\n")) << child.err;
 }
 
-TEST(ErrorExit, AMessageThatCannotBeFormattedStillEndsTheProcess) {
+TEST(ErrorExit, AMessageThatCannotBeFormattedStillEndsTheProcessAndCodeZeroDoesNot) {
     const auto child = inChild([] {
         const wchar_t noCharacter[] = {0x7fffffff, 0};
         errno = ENOENT;
@@ -136,6 +136,13 @@ TEST(ErrorExit, AMessageThatCannotBeFormattedStillEndsTheProcess) {
     });
     EXPECT_EQ(child.status, 3);
     EXPECT_EQ(child.err, "runtime_tests: \nSystem error 2: No such file or directory\n");
+    const std::string text(5000, 'x');
+    const auto returning = inChild([&] {
+        errno = 0;
+        ErrorExit(0, "%s", text.c_str());
+        printf("back");
+    });
+    EXPECT_EQ(returning.out, "runtime_tests: " + text + "\nback");
 }
 
 } // namespace
