@@ -18,19 +18,18 @@ TEST_F(SessionTest, LogTellsHowTheRunBeganWhatWentWrongAndHowItEnded) {
     const std::string dump = dir.write("dump", "content");
     const std::string option = "--session-path=" + session;
     expectSilentSuccess({option, "--sign-dump", dump});
-    const auto logOf = [](const std::string& command, const std::string& failure, char exitCode) {
-        return MatchesRegex("[^\n]* INFO +backup_sign started : " BACKUP_SIGN_PROGRAM " " + command + "\n.*" +
-                            failure + ".*\n[^\n]* backup_sign finished\\. Exit code: " + exitCode + "\n");
+    const auto logOf = [](const std::string& command, const std::string& between, char exitCode) {
+        return MatchesRegex("[^\n]* INFO +backup_sign started : " BACKUP_SIGN_PROGRAM " " + command + "\n" +
+                            between + "[^\n]* backup_sign finished\\. Exit code: " + exitCode + "\n");
     };
-    EXPECT_THAT(
-        log(),
-        logOf(option + " --sign-dump " + dump,
-              " Failed to load backup sign certificate: Unable to get backup sign certificate: ", '0'));
+    EXPECT_THAT(log(), logOf(option + " --sign-dump " + dump,
+                             ".* Failed to load backup sign certificate: Unable to get .*\n", '0'));
 
     std::filesystem::remove(session + "/migration.log");
     dir.write("dump", "changed" + readFile(dump).substr(7));
     expectFailure({option, "--verify-dump", dump}, "Digest is wrong");
-    EXPECT_THAT(log(), logOf(option + " --verify-dump " + dump, " VerifyError Digest is wrong \\[", '1'));
+    EXPECT_THAT(log(),
+                logOf(option + " --verify-dump " + dump, ".* VerifyError Digest is wrong \\[.*\n", '1'));
 
     // Not an error of the family: it leaves the bracket as an exception.
     std::filesystem::remove(session + "/migration.log");
