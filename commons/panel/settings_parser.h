@@ -20,7 +20,7 @@
 namespace brask {
 
 /// The text breaks the syntax. what() reads like
-/// "Parse error: Expected ']', found '<EOL>': Line 3, column 7".
+/// "Parse error: Expected ']', found '<EOL>': Line 3, column 7". A NUL that was found there ends what().
 class ParseError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -6,8 +6,9 @@
 
 namespace brask {
 
-/// `text` with "?" in place of each byte that can't be UTF-8. A sequence that the end of the text cuts off is
-/// dropped without a replacement. Raises std::system_error when there is no converter.
+/// `text` with "?" in place of each byte that can't be UTF-8 as iconv knows it, which is the form of old with
+/// up to six bytes. A sequence that the end of the text cuts off is dropped without a replacement. Raises
+/// std::system_error when there is no converter.
 std::string SanitizeUtf8(const std::string& text);
 
 /// `text` with a backslash before every character that has a meaning in a regular expression.
