@@ -55,6 +55,10 @@ documents() {
     for path in $(man backup_sign | grep -oE '/usr/share/doc/[a-z/-]+\.md' | sort -u); do
         check "$path, of the manual, is there" test -s "$path"
     done
+    mkdir examples && for i in 1 2 3; do seq $i >examples/dump.00$i; done
+    check "the manual's examples run" prints '^intact$' sh -c "cd examples
+        zcat /usr/share/man/man8/backup_sign.8.gz | sed -n '/^.Sh EX/,/^.Sh DIAG/{/^.Bd/,/^.Ed/{/^\.[BE]d/!p}}' |
+            sed 's/\\\\e/\\\\/' >script && . ./script"
     check "the changelog is there" prints Unreleased zcat /usr/share/doc/backup-sign/changelog.gz
     check "verify-independently, an example, verifies" \
         prints '^intact' bash /usr/share/doc/backup-sign/examples/verify-independently "${dump[@]}"
