@@ -27,7 +27,7 @@ if(BRASK_BUILD_PROGRAMS)
   brask_install_manual(backup_sign 8 doc)
   brask_install_completion(backup_sign doc)
   install(DIRECTORY docs/ DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/backup-sign" COMPONENT doc
-    PATTERN library.md EXCLUDE PATTERN *.dot EXCLUDE)
+    FILES_MATCHING PATTERN *.md PATTERN *.svg PATTERN library.md EXCLUDE)
   install(DIRECTORY packaging/examples DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/backup-sign" COMPONENT doc
     USE_SOURCE_PERMISSIONS)
   install(PROGRAMS scripts/verify-independently DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/backup-sign/examples"
