@@ -42,5 +42,5 @@ types() {
         printf '\003'
         sleep 1
         printf 'exit\n'
-    } | TERM=dumb script -qec 'bash --rcfile /usr/share/bash-completion/bash_completion -i' /dev/null
+    } | TERM=dumb script -qc 'bash --rcfile /usr/share/bash-completion/bash_completion -i' /dev/null
 }
