@@ -23,7 +23,6 @@ TEST(CommandLine, FilesAreWhateverIsNoOption) {
                 ElementsAre("a", "b", "-q", "--", "-"));
     EXPECT_THAT(parse({"cat", "-k", "[k]", "a", "--key", "l"}).keys, ElementsAre("[k]", "l"));
     EXPECT_THAT(parse({"fingerprint", "-", "a"}).files, ElementsAre("-", "a"));
-    EXPECT_THAT(parse({"info", "./-", "b"}).files, ElementsAre("./-", "b"));
 }
 
 TEST(CommandLine, TheLastOfTwoContraryOptionsCounts) {

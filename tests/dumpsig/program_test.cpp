@@ -34,8 +34,8 @@ TEST_F(DumpsigTest, Verifies) {
         {"dd if=all bs=999 status=none | dumpsig verify -k server.pub -", 0, "intact\n*", ""},
         {"{ echo done before; cat all; } >longer; { read line; dumpsig verify -k server.pub -; } <longer", 0,
          "intact\n*", ""},
-        {"head -c 700100 all | dumpsig verify -k server.pub -", 1, "Unable to parse the signature: *", ""},
-        {"head -c 600000 all | dumpsig verify -k server.pub -", 1, "Dump is not signed\n", ""},
+        {"head -c 1000100 all | dumpsig verify -k server.pub -", 1, "Unable to parse the signature: *", ""},
+        {"head -c 900000 all | dumpsig verify -k server.pub -", 1, "Dump is not signed\n", ""},
         {"mkfifo p1 p2; cat v1 >p1 & cat v3 >p2 & dumpsig verify -k server.pub p1 v2 p2", 0, "intact\n*", ""},
         // The document is looked for in the last volume alone.
         {"tail -c 1000 v3 | dumpsig verify -k server.pub v1 v2 -", 1, "Dump is not signed\n", ""},
@@ -48,12 +48,12 @@ TEST_F(DumpsigTest, Verifies) {
 TEST_F(DumpsigTest, TellsPrograms) {
     expectRows({
         {"dumpsig verify --json -k server.pub v1 v2 v3", 0,
-         R"({"verdict":"intact","volumes":["v1","v2","v3"],"signedBytes":700005,"documentOffset":5,)"
+         R"({"verdict":"intact","volumes":["v1","v2","v3"],"signedBytes":1000005,"documentOffset":5,)"
          R"("documentBytes":1196,"digest":"*","key":{"file":"server.pub","fingerprint":"SHA256:*"},)"
          "\"seconds\":*.*,\"error\":null}\n",
          ""},
         {"dumpsig verify --json -k other.pub - <all", 1,
-         R"({"verdict":"signature-wrong","volumes":["-"],"signedBytes":700005,"documentOffset":700005,)"
+         R"({"verdict":"signature-wrong","volumes":["-"],"signedBytes":1000005,"documentOffset":1000005,)"
          R"(*,"key":null,"seconds":*.*,"error":"Signature is wrong"})"
          "\n",
          ""},
@@ -65,7 +65,7 @@ TEST_F(DumpsigTest, TellsPrograms) {
          ""},
         {"cp v3 \"$(printf 'b\\377\\342\\202z\\n')\"; dumpsig verify --json -k server.pub v1 b*", 0,
          "*\"volumes\":[\"v1\",\"b\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBDz\"]*", ""},
-        {"head -c 700300 all >bad; dumpsig verify --json -k server.pub bad", 1,
+        {"head -c 1000300 all >bad; dumpsig verify --json -k server.pub bad", 1,
          R"({"verdict":"signature-unreadable",*"error":"Unable to parse the signature: *; *"})"
          "\n",
          ""},
@@ -83,6 +83,8 @@ TEST_F(DumpsigTest, TellsPrograms) {
          R"("keyFingerprint":"SHA256:*","keyName":"bsabackup.pem","error":null})"
          "\n",
          ""},
+        {"{ echo done before; cat v3; } >longer; { read line; dumpsig info -; } <longer", 0,
+         "document offset   5\n*\nkey name          bsabackup.pem\n", ""},
         {"sed s/DigestValue\\>/\\&QUJD/ v3 | dumpsig info --json -", 1,
          R"({"documentOffset":null,"documentBytes":null,"digest":null,"algorithm":null,"keyBits":null,)"
          R"("keyFingerprint":null,"keyName":null,"error":"*digest*"})"
@@ -112,7 +114,6 @@ TEST_F(DumpsigTest, KeepsErrorsApartFromVerdicts) {
         {"dumpsig verify -k server.pub all >/dev/full", 2, "",
          "dumpsig: standard output: No space left on device\n"},
         {"dumpsig verify -k server.pub all >&-", 2, "", "dumpsig: standard output: Bad file descriptor\n"},
-        {"dumpsig --help >/dev/full", 2, "", "dumpsig: standard output: No space left on device\n"},
         {"dumpsig verfy v1", 2, "", "dumpsig: verfy is neither a command nor an option\n"},
         {"dumpsig --version", 0, "dumpsig *.*.*\n", ""},
         {"dumpsig cat --help", 0, "*--key*Exit code: *", ""},
@@ -127,17 +128,21 @@ TEST_F(DumpsigTest, TakesNothingButPublicKeys) {
          "    echo \"SHA256:$(base64 <hash | tr -d =) $key\"; done >expected\n"
          "dumpsig fingerprint server.pub other.pub | cmp - expected",
          0, "", ""},
-        {"{ cat server.pub; echo text; sed 's/$/\\r/' other.pub; } >both; dumpsig fingerprint none both "
+        {"{ cat server.pub; echo no PRIVATE KEY; sed 's/$/\\r/' other.pub; } >both; dumpsig fingerprint none "
+         "both "
          "private.pem v1 other.pub",
          2, "SHA256:* both\nSHA256:* both\nSHA256:* other.pub\n",
          "dumpsig: none: No such file or directory\ndumpsig: private.pem: holds a private key*\n"
          "dumpsig: v1: is too long for a key file\n"},
         {"cat server.pub | dumpsig verify -k - all", 2, "", "dumpsig: -: *\n"},
-        {"dumpsig verify -k . all", 2, "", "dumpsig: .: Is a directory\n"},
         {"openssl genpkey -algorithm EC -pkeyopt ec_paramgen_curve:P-256 2>&- | openssl pkey -pubout "
          ">ec.pub\n"
          "dumpsig fingerprint ec.pub",
          2, "", "dumpsig: ec.pub: holds no RSA public key\n"},
+        {"{ echo -----BEGIN PUBLIC KEY-----; { openssl rsa -pubin -in other.pub -outform DER 2>&-; echo; } | "
+         "base64\n"
+         "echo -----END PUBLIC KEY-----; } >bad; dumpsig fingerprint bad",
+         2, "", "dumpsig: bad: holds a damaged block\n"},
         {"cat ec.pub other.pub >mixed; dumpsig fingerprint mixed", 0, "SHA256:* mixed\n", ""},
         // Anything in a file that must not be there spoils it, good key or not.
         {"openssl req -x509 -key private.pem -subj /CN=x >cert 2>&-; cat other.pub cert >bad; dumpsig "
@@ -179,6 +184,8 @@ TEST_F(DumpsigTest, Strips) {
          "file\n"},
         {"mkfifo taken; dumpsig strip -o taken --force all; dumpsig strip -o none/x all", 2, "",
          "dumpsig: taken: is neither*\ndumpsig: none/x: No such file or directory\n"},
+        {"mkfifo p; (echo x >late; cat all) >p & dumpsig strip -o late p; cat late", 0, "x\n",
+         "dumpsig: late: File exists\n"},
         // A marker alone is not enough. From a pipe everything has been written by then.
         {"printf 'x<Signature xmlns=' >mark; dumpsig strip -o - mark; dumpsig strip --in-place mark; cat "
          "mark | dumpsig strip -o - -",
@@ -194,15 +201,21 @@ TEST_F(DumpsigTest, Strips) {
 
 TEST_F(DumpsigTest, WritesNoContentToItsEndBeforeItIsVerified) {
     expectRows({
-        {"dumpsig cat -k server.pub v1 v2 v3 | cmp - content", 0, "", ""},
-        {"cat all | dumpsig cat -k server.pub - | cmp - content", 0, "", ""},
-        {"dumpsig cat -k other.pub all >out; echo $?; stat -c %s out; cmp out content", 1, "1\n634469\n",
+        {"dumpsig cat -k server.pub /dev/null all >/dev/null && dumpsig cat -k server.pub v1 v2 v3 | cmp - "
+         "content",
+         0, "", ""},
+        // However slow, and impatient, those at both ends are.
+        {"{ sleep 0.2; cat all; } | perl -MFcntl -e 'fcntl $_, F_SETFL, O_NONBLOCK for *STDIN, *STDOUT; exec "
+         "@ARGV' "
+         "dumpsig cat -k server.pub - | { sleep 0.5; cmp - content; }",
+         0, "", ""},
+        {"dumpsig cat -k other.pub all >out; echo $?; stat -c %s out; cmp out content", 1, "1\n934469\n",
          "dumpsig: Signature is wrong\ncmp: EOF on out*"},
         {"dumpsig cat -k server.pub v3; dumpsig cat -k server.pub v1", 1, "",
          "dumpsig: Digest is wrong\ndumpsig: Dump is not signed\n"},
         {"dumpsig cat -k server.pub all >/dev/full", 2, "",
          "dumpsig: standard output: No space left on device\n"},
-        {"{ dumpsig cat -k server.pub all; echo $? >&2; } | head -c 1", 0, "a", "141\n"},
+        {"{ dumpsig cat -k server.pub all; echo $? >&2; } | head -c 1", 0, "0", "141\n"},
         {"dumpsig cat -k server.pub v1 v2 v3 >>v3", 2, "", "dumpsig: v3: would be both read and written\n"},
     });
 }
