@@ -1,6 +1,6 @@
 #pragma once
 
-// Where things lie in the product tree. Nothing in the program spells out a product path by hand: it asks one
+// Where things are in the product tree. Nothing in the program spells out a product path by hand: it asks one
 // of these functions. They keep no state, compute the path at each call, and touch the file system only where
 // said. What needs the product root raises Error<&ParamError, ExDefault> when the parameter source has none.
 
