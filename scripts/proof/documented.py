@@ -117,6 +117,13 @@ EXCEPTIONS = (
         calls=r"writev?\(\d+<[^>]*/bu_pubkey\.txt>",
     ),
     Exception_(
+        "removal",
+        "The helper's temporary file stays where the system refuses to remove it; the next writer does that.",
+        breaks=("file",),
+        calls=r"unlinkat\(.*pair\.pem\.(new|copy)",
+        lasting=True,
+    ),
+    Exception_(
         "execution log",
         "The temporary file of an atomic save that fails is left, for whoever wants to see what it holds.",
         breaks=("file",),
