@@ -48,12 +48,14 @@ EXCEPTIONS = (
     ),
     Exception_(
         "no memory",
-        "Where the system refuses every further byte, the C++ runtime and log4cpp can be left without the memory to "
-        "say so: the process ends by SIGABRT, with their line on standard error.",
+        "Where the system refuses every byte from the start on, the C++ runtime lacks the reserve that its exceptions "
+        "need; later, the JSON library's destructor allocates, and may not fail. The process ends by SIGABRT, with the "
+        "runtime's line on standard error.",
         breaks=("outcome",),
         faults="ENOMEM",
         calls=r"brk\(.*= 0 \(INJECTED\)",
         statuses=(-6,),
+        lasting=True,
     ),
     Exception_(
         "append",
