@@ -115,12 +115,8 @@ TEST_F(Configure, ABrokenFileRaisesAndLeavesTheCategoriesAsTheyWere) {
         {growing, "Value too long: ${"},
     };
     for (const auto& [text, message] : cases) {
-        try {
-            configure(text, {{"NAME", "f.log"}});
-            ADD_FAILURE() << message;
-        } catch (const log4cpp::ConfigureFailure& e) {
-            EXPECT_TRUE(std::string(e.what()).starts_with(message)) << e.what();
-        }
+        const auto broken = [&, &text = text] { configure(text, {{"NAME", "f.log"}}); };
+        EXPECT_THAT(thrownText<log4cpp::ConfigureFailure>(broken), StartsWith(message));
         EXPECT_TRUE(log4cpp::Category::getRoot().getAllAppenders().empty()) << text;
     }
 }
