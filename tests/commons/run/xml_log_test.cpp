@@ -114,12 +114,15 @@ TEST_F(ExecutionLog, TheRunIsWrittenAtItsEndForThePanelsAccountAndAnEarlierResul
     for (const int level : {1, 2, 3, 4}) {
         GetLogFacade()->Write(level, false, std::to_string(level), nullptr);
     }
+    const ObjectList domain{{"d", "Domain"}};
+    GetLogFacade()->Write(2, false, "5", &domain);
     EXPECT_FALSE(std::filesystem::exists(result));
     DestroyXmlLog();
     EXPECT_THAT(readFile(result), MatchesRegex("<execution-result status=.warnings.>\n  <message .*>\n"
-                                               "    <description>1<.*>2</description>\n[^34]*"));
+                                               "    <description>1<.*>2</description>\n[^34]*"
+                                               "<object name=.d. type=.Domain.>[^345]*>5<[^34]*"));
     EXPECT_EQ(statFile(result).st_uid, idOfUser("bsaadm", 0));
-    EXPECT_THAT(log.lines, ElementsAre("=> example.com Restore domain", testing::_, "1", "2", "3", "4"));
+    EXPECT_THAT(log.lines, ElementsAre("=> example.com Restore domain", testing::_, "1", "2", "3", "4", "5"));
 
     CreateXmlLog("");
     std::filesystem::remove_all(dir.path("session"));
