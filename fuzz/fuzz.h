@@ -35,7 +35,7 @@ class Input final {
 public:
     Input(const std::uint8_t* data, std::size_t size) : left(textOf(data, size)) {}
 
-    /// 0 behind the end.
+    /// 0 after the end.
     unsigned byte() { return take(1).empty() ? 0 : static_cast<unsigned char>(*(left.data() - 1)); }
 
     /// A number up to `most`, which is at most 0xFFFF.

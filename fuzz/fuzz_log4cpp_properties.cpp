@@ -1,5 +1,5 @@
 // Any property file gives keys and values, or grows beyond its bound. Values without references come through
-// as they stand, variables as they are, and what configures the log either does it or leaves the categories
+// as they are, variables as they are, and what configures the log either does it or leaves the categories
 // as they were.
 
 #include "fuzz/fuzz.h"

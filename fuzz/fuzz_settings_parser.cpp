@@ -1,4 +1,4 @@
-// Any text is parsed, or refused at one of its lines. Line ends, a byte order mark and what stands in front
+// Any text is parsed, or refused at one of its lines. Line ends, a byte order mark and what comes in front
 // don't change what is read, and values that were read can be written again.
 
 #include "commons/panel/settings_parser.h"
@@ -22,9 +22,9 @@ std::optional<SettingsMap> parse(const std::string& text) {
         const std::size_t place = message.rfind("Line ");
         const long line = place == std::string::npos ? 1 : std::stol(message.substr(place + 5));
         fuzz::require(place != std::string::npos || text.find('\0') != std::string::npos,
-                      "the place is told");
+                      "the message names the place");
         fuzz::require(line >= 1 && line <= std::count(text.begin(), text.end(), '\n') + 1,
-                      "the line that is told is one of the text");
+                      "the line that it names is one of the text");
         return std::nullopt;
     }
 }

@@ -42,7 +42,7 @@ void checkLines(const std::string& text) {
                   "the first lines are kept");
 }
 
-/// `text` without each `escape` that stands in front of a character.
+/// `text` without each `escape` in front of a character.
 std::string unescaped(std::string_view text, char escape) {
     std::string plain;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -52,7 +52,7 @@ std::string unescaped(std::string_view text, char escape) {
     return plain;
 }
 
-/// What a shell makes of words in which only line feeds stand between quotes.
+/// What a shell makes of words in which only line feeds are quoted.
 std::string readByShell(std::string_view text) {
     std::string plain;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -72,10 +72,11 @@ std::string readByShell(std::string_view text) {
 void checkEscapes(const std::string& text) {
     fuzz::require(unescaped(brask::escapeRegex(text), '\\') == text, "a regular expression is read back");
     fuzz::require(readByShell(brask::escapeForShell(text)) == text, "the shell reads it back");
-    fuzz::require(brask::isSafeWord(text.c_str()) == (brask::escapeForShell(text.c_str()) == text.c_str()),
+    const char* const word = text.c_str(); // which ends at the first NUL
+    fuzz::require(brask::isSafeWord(word) == (brask::escapeForShell(word) == word),
                   "what is safe needs no escape");
     std::string quoted = brask::shellQuote(text);
-    fuzz::require(quoted.starts_with('\'') && quoted.ends_with('\''), "quotes stand round it");
+    fuzz::require(quoted.starts_with('\'') && quoted.ends_with('\''), "quotes enclose it");
     std::string inside = quoted.substr(1, quoted.size() - 2);
     for (std::size_t at = 0; (at = inside.find("'\\''", at)) != std::string::npos; ++at) {
         inside.replace(at, 4, "'");

@@ -1,5 +1,5 @@
 // A dump of any volumes, signed, and then changed in some way: what is signed verifies, a byte changed in
-// front of the document is noticed, and so are bytes behind it and an end that is missing. dumpsig tells the
+// front of the document is noticed, and so are bytes after it and an end that is missing. dumpsig tells the
 // same of all of them.
 
 #include "backup_sign_lib/dump_signature.h"
@@ -86,7 +86,8 @@ Expected change(fuzz::Input& input, std::vector<std::string>& volumes, std::size
         if (end == 0) {
             return Expected::kIntact;
         }
-        volume[place % end] ^= static_cast<char>(1U << (place % 8));
+        char& byte = volume[place % end];
+        byte = static_cast<char>(byte ^ (1 << (place % 8)));
         return Expected::kRefused;
     }
     if (kind == 1) {

@@ -60,13 +60,13 @@ EXCEPTIONS = (
     Exception_(
         "append",
         "Signing does not look at what became of its one write, the append of the document: exit code 0, and no "
-        "document or a part of one behind the last volume. Verify after signing where the disk may be full.",
+        "document or a part of one after the last volume. Verify after signing where the disk may be full.",
         breaks=("append",),
         calls="writev?" + LAST_VOLUME,
     ),
     Exception_(
         "read error",
-        "A read error of a volume is not told from its end: before the first byte of the last volume it ends the "
+        "A read error of a volume is not distinguished from its end: before the first byte of the last volume it ends the "
         "stream, so that the signature does not match, and the dump does not verify.",
         breaks=("append",),
         calls="read" + LAST_VOLUME,
@@ -100,7 +100,7 @@ EXCEPTIONS = (
     ),
     Exception_(
         "standard output",
-        "What standard output refuses can't be told there; exit code 1 is all that is left.",
+        "What standard output refuses can't be reported there; exit code 1 is all that is left.",
         breaks=("outcome",),
         calls=r"write\(1<",
     ),
