@@ -52,3 +52,12 @@ else()
   # The level is set anew because some compilers predefine another, which would be a warning.
   add_compile_options("$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>" "$<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>")
 endif()
+
+if(BRASK_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=prefer-atomic)
+  add_link_options(--coverage)
+  # Children that end by _exit have counted, too.
+  add_library(brask_coverage STATIC cmake/coverage_exit.cpp)
+  target_link_options(brask_coverage INTERFACE -Wl,--wrap=_exit)
+  target_link_libraries(brask_options INTERFACE brask_coverage)
+endif()
