@@ -114,7 +114,8 @@ TEST_F(DumpsigTest, KeepsErrorsApartFromVerdicts) {
         {"dumpsig verify -k server.pub all >/dev/full", 2, "",
          "dumpsig: standard output: No space left on device\n"},
         {"dumpsig verify -k server.pub all >&-", 2, "", "dumpsig: standard output: Bad file descriptor\n"},
-        {"dumpsig verfy v1", 2, "", "dumpsig: verfy is neither a command nor an option\n"},
+        {"dumpsig \"$(printf 'very\nfy')\" v1", 2, "",
+         "dumpsig: very; fy is neither a command nor an option\n"},
         {"dumpsig --version", 0, "dumpsig *.*.*\n", ""},
         {"dumpsig cat --help", 0, "*--key*Exit code: *", ""},
     });
