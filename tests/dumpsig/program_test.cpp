@@ -222,13 +222,13 @@ TEST_F(DumpsigTest, WritesNoContentToItsEndBeforeItIsVerified) {
 }
 
 TEST_F(DumpsigTest, ShowsItsProgressOnATerminalAndCleansUp) {
+    dir.write("shown", "timeout 20 sh -c 'until grep -qs B/s err; do sleep 0.05; done'");
     const auto slow = [&](const std::string& script) {
         return run("slowly() { cat v1; sleep 0.7; cat v2 v3; }\n" + script);
     };
     // When nothing is asked for, on a terminal; gone before the verdict is told.
-    const Outcome shown =
-        run("script -qec '{ cat v1; sleep 0.7; cat v2 v3; } | dumpsig verify -k server.pub -' "
-            "/dev/null </dev/null");
+    const Outcome shown = run(
+        "script -qfec '{ cat v1; sh shown; cat v2 v3; } | dumpsig verify -k server.pub -' err </dev/null");
     EXPECT_TRUE(matches(shown.out, "\r* KiB, *B/s\x1b[K*\r\x1b[Kintact\r\n*")) << shown.out;
     EXPECT_LE(std::count(shown.out.begin(), shown.out.end(), ','), 40) << shown.out;
     // Not elsewhere, unless asked for, and not in a run that is over at once.
@@ -236,13 +236,18 @@ TEST_F(DumpsigTest, ShowsItsProgressOnATerminalAndCleansUp) {
     EXPECT_EQ(slow("dumpsig verify --progress -k server.pub v3").err, "");
     EXPECT_EQ(slow("slowly | dumpsig verify -q --progress -k server.pub -").err, "");
     // Gone before anything else is told, and when nobody takes the content.
-    EXPECT_TRUE(matches(slow("slowly | dumpsig cat --progress -k other.pub - >out").err,
+    EXPECT_TRUE(matches(run("rm err; { cat v1; sh shown; cat v2 v3; } | dumpsig cat --progress -k other.pub "
+                            "- 2>err >out; cat err")
+                            .out,
                         "\r* KiB, *\r\x1b[Kdumpsig: Signature is wrong\n"));
-    EXPECT_TRUE(matches(slow("{ sleep 0.7; cat v1; } | dumpsig cat --progress -k server.pub - | true").err,
-                        "\r0 B, *\r\x1b[K"));
+    EXPECT_TRUE(matches(
+        run("rm err; { sh shown; cat v1; } | dumpsig cat --progress -k server.pub - 2>err | true; cat err")
+            .out,
+        "\r0 B, *\r\x1b[K"));
     // Interrupted, it dies of the signal and leaves neither line nor file.
     const Outcome interrupted =
-        run("mkdir d; ulimit -c 0; mkfifo p; exec 3<>p; for signal in INT QUIT; do cat v3 >&3; perl -e '$p = "
+        run("mkdir d; rm err; ulimit -c 0; mkfifo p; exec 3<>p; for signal in INT QUIT; do cat v3 >&3; perl "
+            "-e '$p = "
             "fork;"
             "alarm 60; $SIG{'$signal'} = DEFAULT; exec @ARGV if !$p;"
             "select undef, undef, undef, 0.05 until -s \"err\" && <d/.dumpsig-*>;"
