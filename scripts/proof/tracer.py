@@ -13,7 +13,7 @@ KILLED = re.compile(r"\+\+\+ killed by SIG(\w+)")
 DESCRIPTOR_CALLS = ("openat", "close", "pipe2", "dup2", "memfd_create", "socket", "exit_group")
 
 # Seconds: for a run that is known to hang, and for one that nobody expects to.
-SHORT, LONG = 2, 60
+SHORT, LONG = 2, 300
 
 
 @dataclass
