@@ -59,10 +59,6 @@ TEST_F(DumpsigTest, TellsPrograms) {
          ""},
         {"[ $(dumpsig verify --json -k server.pub all | jq -r .digest) = $(sha1sum <content | cut -c -40) ]",
          0, "", ""},
-        {"dumpsig verify --json -k server.pub v1 v3 all", 1,
-         R"({"verdict":"digest-wrong",*"error":"Digest is wrong"})"
-         "\n",
-         ""},
         {"cp v3 \"$(printf 'b\\377\\342\\202z\\n')\"; dumpsig verify --json -k server.pub v1 b*", 0,
          "*\"volumes\":[\"v1\",\"b\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBDz\"]*", ""},
         {"head -c 1000300 all >bad; dumpsig verify --json -k server.pub bad", 1,
@@ -100,7 +96,6 @@ TEST_F(DumpsigTest, KeepsErrorsApartFromVerdicts) {
          "dumpsig: none: No such file or directory\ndumpsig: \"\": No such file or directory\n"},
         {"dumpsig verify -k server.pub v1 . v3", 2, "", "dumpsig: .: Is a directory\n"},
         {"dumpsig verify -k server.pub v1 - <&-", 2, "", "dumpsig: standard input: Bad file descriptor\n"},
-        {"dumpsig verify -k server.pub - <.", 2, "", "dumpsig: standard input: Is a directory\n"},
         // At the first block, and in the thread that reads ahead.
         {"dumpsig verify -k server.pub /proc/self/mem v3", 2, "",
          "dumpsig: /proc/self/mem: Input/output error\n"},
@@ -214,8 +209,6 @@ TEST_F(DumpsigTest, WritesNoContentToItsEndBeforeItIsVerified) {
          "dumpsig: Signature is wrong\ncmp: EOF on out*"},
         {"dumpsig cat -k server.pub v3; dumpsig cat -k server.pub v1", 1, "",
          "dumpsig: Digest is wrong\ndumpsig: Dump is not signed\n"},
-        {"dumpsig cat -k server.pub all >/dev/full", 2, "",
-         "dumpsig: standard output: No space left on device\n"},
         {"{ dumpsig cat -k server.pub all; echo $? >&2; } | head -c 1", 0, "0", "141\n"},
         {"dumpsig cat -k server.pub v1 v2 v3 >>v3", 2, "", "dumpsig: v3: would be both read and written\n"},
     });
