@@ -20,7 +20,8 @@ namespace brask {
 
 namespace {
 
-/// A view of the text up to its first NUL. The text must outlive it.
+/// A view of the text up to its first NUL. The text must outlive it. Whoever reads a key from it gives a pass
+/// phrase, since OpenSSL would ask a person for that of an encrypted block.
 BioPtr openPem(const std::string& pem) {
     return BioPtr(BIO_new_mem_buf(pem.c_str(), -1));
 }
@@ -58,18 +59,18 @@ struct ByteBufferRelease {
 } // namespace
 
 RSA* readPrivateKey(const std::string& pem) {
-    // Without a pass phrase of its own OpenSSL would ask a person for that of an encrypted key.
     char noPassPhrase[] = "";
     return PEM_read_bio_RSAPrivateKey(openPem(pem).get(), nullptr, nullptr, noPassPhrase);
 }
 
 RSA* readPublicKey(const std::string& pem) {
-    if (RSA* key = PEM_read_bio_RSAPublicKey(openPem(pem).get(), nullptr, nullptr, nullptr)) {
+    char noPassPhrase[] = "";
+    if (RSA* key = PEM_read_bio_RSAPublicKey(openPem(pem).get(), nullptr, nullptr, noPassPhrase)) {
         return key;
     }
     while (ERR_get_error() != 0) {
     }
-    return PEM_read_bio_RSA_PUBKEY(openPem(pem).get(), nullptr, nullptr, nullptr);
+    return PEM_read_bio_RSA_PUBKEY(openPem(pem).get(), nullptr, nullptr, noPassPhrase);
 }
 
 std::string extractPartOfPublicKey(const BIGNUM* number) {
