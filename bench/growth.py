@@ -47,7 +47,7 @@ def fits_table(results):
     return "\n".join(lines)
 
 
-def library(site):
+def parts(site):
     """What the Google Benchmark programs print, as one list of their runs and fits."""
     reports = []
     for program in PROGRAMS:
@@ -68,7 +68,7 @@ def digits(number):
     return f"{float(f'{number:.3g}'):g}"
 
 
-def library_table(reports):
+def parts_table(reports):
     """One row for each benchmark: what it takes from the least to the most, and how it grows."""
     times = milliseconds_by_run(reports)
     fits = {}

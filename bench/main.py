@@ -40,7 +40,7 @@ PARTS = {
     **{name: Part(comparison, lambda result: measure.table([result])) for name, comparison in comparisons.COMPARISONS.items()},
     "memory": Part(comparisons.memory, lambda found: comparisons.memory_table(*found)),
     "size": Part(growth.by_size, growth.fits_table),
-    "library": Part(growth.library, growth.library_table),
+    "library": Part(growth.parts, growth.parts_table),
     "calls": Part(system_calls.trace, lambda found: system_calls.table(*found)),
     "instructions": Part(instructions, lambda lines: f"```\n{lines}\n```"),
 }
@@ -48,7 +48,7 @@ PARTS = {
 
 def target_table(found):
     return targets.table([*targets.program_targets(found), targets.memory_target(found["memory"][0]),
-                          *targets.library_targets(growth.milliseconds_by_run(found["library"]))])
+                          *targets.parts_targets(growth.milliseconds_by_run(found["library"]))])
 
 
 def write(found, load):

@@ -44,7 +44,7 @@ def memory_target(peaks):
     return Target("`dumpsig verify`, memory: under 16 MiB for the huge dump", 16, huge, f"{huge:.1f} MiB, {huge - small:+.1f} MiB")
 
 
-def library_targets(times):
+def parts_targets(times):
     """`times`: milliseconds of the library's benchmarks."""
     targets = []
     for name, what in (("messagesAtTheRootThenInOneObject", "n messages at the root, then n into one object"),
