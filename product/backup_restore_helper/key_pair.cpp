@@ -36,14 +36,15 @@ std::vector<std::string_view> linesOf(std::string_view text) {
     return lines;
 }
 
-/// The first whole block whose label ends in `kind`, or nothing.
+/// The first whole block whose label ends in `kind`, or nothing. A block in which another begins is not whole.
 std::string findBlock(const std::vector<std::string_view>& lines, std::string_view kind) {
     std::string block;
     std::string lastLine;
     for (const std::string_view line : lines) {
-        if (line.starts_with(blockBegin) && line.ends_with(std::string(kind).append(dashes))) {
+        if (line.starts_with(blockBegin)) {
+            const bool wanted = line.ends_with(std::string(kind).append(dashes));
             block.clear();
-            lastLine = std::string(blockEnd).append(line.substr(blockBegin.size()));
+            lastLine = wanted ? std::string(blockEnd).append(line.substr(blockBegin.size())) : "";
         }
         if (lastLine.empty()) {
             continue;
