@@ -14,7 +14,11 @@ namespace brask {
 struct OpenSslDeleter {
     void operator()(BIO* bio) const { BIO_free(bio); }
 
+    // The library's functions take keys as RSA, whose functions OpenSSL 3.0 calls deprecated.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
     void operator()(RSA* key) const { RSA_free(key); }
+#pragma GCC diagnostic pop
 
     void operator()(BIGNUM* number) const { BN_free(number); }
 
