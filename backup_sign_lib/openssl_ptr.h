@@ -11,19 +11,21 @@
 
 namespace brask {
 
+// The library's functions take keys as RSA, whose functions OpenSSL 3.0 calls deprecated.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+
 struct OpenSslDeleter {
     void operator()(BIO* bio) const { BIO_free(bio); }
 
-    // The library's functions take keys as RSA, whose functions OpenSSL 3.0 calls deprecated.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
     void operator()(RSA* key) const { RSA_free(key); }
-#pragma GCC diagnostic pop
 
     void operator()(BIGNUM* number) const { BN_free(number); }
 
     void operator()(unsigned char* block) const { OPENSSL_free(block); }
 };
+
+#pragma GCC diagnostic pop
 
 using BioPtr = std::unique_ptr<BIO, OpenSslDeleter>;
 using BnPtr = std::unique_ptr<BIGNUM, OpenSslDeleter>;
