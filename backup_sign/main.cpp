@@ -1,7 +1,6 @@
 // backup_sign signs a finished dump and verifies it later. This file turns the command line into one
 // operation of BackupSign, and every failure into a message on standard output and exit code 1.
 
-#include "backup_sign/command_guard.h"
 #include "backup_sign/command_line.h"
 #include "backup_sign/run_lifetime.h"
 #include "backup_sign_lib/backup_sign.h"

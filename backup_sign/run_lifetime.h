@@ -1,13 +1,14 @@
 #pragma once
 
 // The bracket round the dispatch of a command: session, debug log, start and stop lines, the set-up that
-// every command needs, and profiling.
+// every command needs, and profiling. And the guard, which turns what a command raises into an exit code.
 
 #include "commons/run/debug_log.h"
 #include "commons/run/profiling.h"
 #include "commons/run/session_files.h"
 #include "commons/run/start_stop_logger.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -46,3 +47,8 @@ private:
     std::optional<brask::ProfilingContext> profiling;
     std::optional<brask::ProfilingCommand> profiledCommand;
 };
+
+/// Runs `command` inside the bracket of `run` and returns the exit code for it: 0 or, for a failure of the
+/// brask::ExTraceableBase<ExDefault> kind, 1 with the failure logged and its text on standard output. Any
+/// other exception passes; the bracket knows of it then, but for the exit code of a boost::exception.
+int runGuarded(RunLifetime& run, const std::function<void()>& command);

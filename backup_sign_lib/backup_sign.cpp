@@ -2,14 +2,13 @@
 
 #include "backup_sign_lib/dump_signature.h"
 #include "backup_sign_lib/legacy_xml.h"
-#include "backup_sign_lib/private_key_text.h"
 #include "backup_sign_lib/rsa_keys.h"
 #include "backup_sign_lib/sign_errors.h"
 #include "backup_sign_lib/signature_document.h"
 #include "commons/log/log_facade.h"
 #include "commons/panel/product_paths.h"
 #include "lib/process/lib/ExecCmd.h"
-#include "lib/process/lib/sigpipe_guard.h"
+#include "lib/process/lib/this_process.h"
 
 #include <fstream>
 #include <utility>

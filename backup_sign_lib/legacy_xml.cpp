@@ -2,7 +2,7 @@
 
 #include "backup_sign_lib/sign_errors.h"
 #include "commons/xml/xml_document.h"
-#include "commons/xml/xml_error_handlers.h"
+#include "commons/xml/xml_globals.h"
 #include "commons/xml/xpath_expr.h"
 
 #include <array>

@@ -5,7 +5,7 @@
 #include "backup_sign_lib/rsa_signature.h"
 #include "backup_sign_lib/sign_errors.h"
 #include "commons/errors/format.h"
-#include "commons/xml/xml_error_handlers.h"
+#include "commons/xml/xml_globals.h"
 #include "commons/xml/xpath_expr.h"
 
 #include <array>

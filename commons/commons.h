@@ -2,7 +2,6 @@
 
 // The utilities that utils.h does not hold: guarded calls, the locale, times and random texts.
 
-#include "commons/log/call_no_throw.h"
+#include "commons/log/log_facade.h"
 #include "commons/run/locale_check.h"
-#include "commons/text/random_text.h"
-#include "commons/text/time_utils.h"
+#include "commons/text/text_utils.h"

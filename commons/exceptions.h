@@ -6,4 +6,3 @@
 #include "commons/errors/error.h"
 #include "commons/errors/ex_base.h"
 #include "commons/errors/exc.h"
-#include "commons/errors/shared_tags.h"

@@ -2,7 +2,7 @@
 
 // The file and text utilities. commons.h holds the others.
 
-#include "commons/crypto/hex_text.h"
+#include "commons/crypto/openssl.h"
 #include "commons/files/file_guards.h"
 #include "commons/files/file_utils.h"
 #include "commons/files/rename.h"

@@ -1,6 +1,6 @@
 #include "dumpsig/command_line.h"
 
-#include "dumpsig/exit_code.h"
+#include "dumpsig/output.h"
 
 #include <algorithm>
 #include <iterator>

@@ -5,8 +5,8 @@
 #include "backup_sign_lib/rsa_keys.h"
 #include "backup_sign_lib/sign_errors.h"
 #include "backup_sign_lib/signature_document.h"
+#include "dumpsig/output.h"
 #include "dumpsig/scan.h"
-#include "dumpsig/text_line.h"
 
 namespace dumpsig {
 

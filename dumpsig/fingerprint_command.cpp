@@ -1,7 +1,6 @@
 #include "dumpsig/commands.h"
 #include "dumpsig/key_file.h"
 #include "dumpsig/output.h"
-#include "dumpsig/text_line.h"
 
 #include <exception>
 

@@ -2,7 +2,7 @@
 
 #include "commons/errors/system_error.h"
 #include "dumpsig/command_line.h"
-#include "dumpsig/exit_code.h"
+#include "dumpsig/output.h"
 
 #include <algorithm>
 

@@ -6,8 +6,8 @@
 #include "commons/panel/param_source.h"
 #include "commons/panel/product_paths.h"
 #include "dumpsig/command_line.h"
-#include "dumpsig/exit_code.h"
 #include "dumpsig/input_file.h"
+#include "dumpsig/output.h"
 
 #include <openssl/err.h>
 #include <openssl/pem.h>

@@ -2,7 +2,6 @@
 
 #include "commons/errors/format.h"
 #include "commons/errors/system_error.h"
-#include "dumpsig/exit_code.h"
 #include "dumpsig/output.h"
 
 #include <filesystem>

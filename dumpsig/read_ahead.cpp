@@ -1,6 +1,6 @@
 #include "dumpsig/read_ahead.h"
 
-#include "dumpsig/exit_code.h"
+#include "dumpsig/output.h"
 
 #include <array>
 #include <condition_variable>

@@ -1,6 +1,6 @@
 #include "dumpsig/report.h"
 
-#include "dumpsig/text_line.h"
+#include "dumpsig/output.h"
 
 #include <nlohmann/json.hpp>
 

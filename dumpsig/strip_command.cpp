@@ -2,7 +2,6 @@
 #include "commons/errors/system_error.h"
 #include "dumpsig/commands.h"
 #include "dumpsig/document_facts.h"
-#include "dumpsig/exit_code.h"
 #include "dumpsig/new_file.h"
 #include "dumpsig/output.h"
 #include "dumpsig/progress.h"

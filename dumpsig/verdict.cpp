@@ -3,7 +3,7 @@
 #include "backup_sign_lib/rsa_signature.h"
 #include "backup_sign_lib/sign_errors.h"
 #include "backup_sign_lib/signature_document.h"
-#include "dumpsig/text_line.h"
+#include "dumpsig/output.h"
 
 namespace dumpsig {
 

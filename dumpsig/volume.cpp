@@ -3,7 +3,7 @@
 #include "backup_sign_lib/dump_signature.h"
 #include "commons/errors/system_error.h"
 #include "dumpsig/command_line.h"
-#include "dumpsig/exit_code.h"
+#include "dumpsig/output.h"
 
 #include <errno.h>
 #include <unistd.h>

@@ -3,7 +3,7 @@
 
 #include "backup_sign/command_line.h"
 #include "dumpsig/command_line.h"
-#include "dumpsig/exit_code.h"
+#include "dumpsig/output.h"
 #include "fuzz/fuzz.h"
 
 #include <algorithm>

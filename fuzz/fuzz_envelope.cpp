@@ -4,7 +4,7 @@
 #include "backup_sign_lib/legacy_xml.h"
 #include "commons/errors/ex_base.h"
 #include "commons/xml/xml_document.h"
-#include "commons/xml/xml_entity_loader.h"
+#include "commons/xml/xml_globals.h"
 #include "fuzz/fuzz.h"
 
 #include <cstring>

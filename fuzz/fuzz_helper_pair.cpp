@@ -6,7 +6,6 @@
 #include "backup_sign_lib/rsa_keys.h"
 #include "fuzz/fuzz.h"
 #include "product/backup_restore_helper/failure.h"
-#include "product/backup_restore_helper/fingerprint.h"
 #include "product/backup_restore_helper/key_pair.h"
 
 #include <openssl/err.h>

@@ -3,7 +3,6 @@
 // never gets into a log.
 
 #include "backup_sign_lib/openssl_ptr.h"
-#include "backup_sign_lib/private_key_text.h"
 #include "backup_sign_lib/rsa_keys.h"
 #include "backup_sign_lib/rsa_signature.h"
 #include "commons/errors/ex_base.h"

@@ -4,8 +4,7 @@
 #include "commons/errors/ex_base.h"
 #include "commons/run/session_files.h"
 #include "commons/run/xml_log.h"
-#include "commons/xml/xml_entity_loader.h"
-#include "commons/xml/xml_error_handlers.h"
+#include "commons/xml/xml_globals.h"
 #include "commons/xml/xpath_expr.h"
 #include "fuzz/fuzz.h"
 

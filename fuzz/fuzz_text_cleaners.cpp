@@ -1,9 +1,9 @@
 // What makes a text fit for a log, a line, a shell or a regular expression does it for any text, and where it
 // has an inverse, nothing is lost.
 
-#include "backup_sign_lib/private_key_text.h"
+#include "backup_sign_lib/rsa_keys.h"
 #include "commons/text/text_utils.h"
-#include "dumpsig/text_line.h"
+#include "dumpsig/output.h"
 #include "fuzz/fuzz.h"
 #include "lib/process/lib/shell_escape.h"
 

@@ -5,7 +5,7 @@
 #include "backup_sign_lib/dump_signature.h"
 #include "backup_sign_lib/rsa_keys.h"
 #include "commons/errors/ex_base.h"
-#include "dumpsig/text_line.h"
+#include "dumpsig/output.h"
 #include "dumpsig/verdict.h"
 #include "fuzz/fuzz.h"
 

@@ -4,7 +4,20 @@
 #include <openssl/crypto.h>
 #include <openssl/err.h>
 
+#include <memory>
+#include <source_location>
+
 namespace brask {
+
+namespace {
+
+/// Takes over a buffer that OpenSSL has allocated.
+template <class T>
+std::shared_ptr<T> ownOpenSslBuffer(T* buffer) {
+    return {buffer, [](T* p) { OPENSSL_free(p); }};
+}
+
+} // namespace
 
 void setUpOpenSsl() {
     constexpr auto kOptions =
@@ -25,6 +38,24 @@ std::vector<std::string> takeOpenSslErrors() {
 OpenSslException::OpenSslException(const std::source_location& where, const std::string& message)
     : Error(where) {
     Format(message, boost::algorithm::join(takeOpenSslErrors(), "\n"));
+}
+
+std::string HexEncode(const std::string& data) {
+    const auto text = ownOpenSslBuffer(OPENSSL_buf2hexstr(reinterpret_cast<const unsigned char*>(data.data()),
+                                                          static_cast<long>(data.size())));
+    if (!text) {
+        throw OpenSslException(std::source_location::current(), "Unable to perform HEX encoding");
+    }
+    return text.get();
+}
+
+std::string HexDecode(const std::string& text) {
+    long size = 0;
+    const auto data = ownOpenSslBuffer(OPENSSL_hexstr2buf(text.c_str(), &size));
+    if (!data) {
+        throw OpenSslException(std::source_location::current(), "Unable to perform HEX decoding");
+    }
+    return {reinterpret_cast<const char*>(data.get()), static_cast<size_t>(size)};
 }
 
 } // namespace brask

@@ -1,6 +1,7 @@
 #pragma once
 
-// OpenSSL as a whole: how it is started, and its failed calls as exceptions.
+// OpenSSL as a whole: how it is started, its failed calls as exceptions, and its hexadecimal text with
+// colons, as fingerprints are written.
 
 #include "commons/errors/error.h"
 
@@ -31,5 +32,13 @@ public:
 
     OpenSslException* Clone() const override { return new OpenSslException(*this); }
 };
+
+/// The bytes of `data` as upper-case hexadecimal digits with a colon between every two, such as "AB:01:FF".
+/// Raises OpenSslException.
+std::string HexEncode(const std::string& data);
+
+/// The inverse of HexEncode; the colons may be missing. `text` ends at its first NUL. Raises OpenSslException
+/// for text that is not hexadecimal.
+std::string HexDecode(const std::string& text);
 
 } // namespace brask

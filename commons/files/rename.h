@@ -2,7 +2,7 @@
 
 // Moving files and copying directories, across file systems too.
 
-#include "commons/errors/shared_tags.h"
+#include "commons/errors/error.h"
 
 #include <filesystem>
 

@@ -2,7 +2,7 @@
 
 #include "commons/errors/format.h"
 #include "commons/files/file_utils.h"
-#include "commons/log/call_no_throw.h"
+#include "commons/log/log_facade.h"
 
 #include <cerrno>
 #include <stdexcept>

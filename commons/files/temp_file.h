@@ -14,7 +14,7 @@
 // handlers of the general kind let pass, and CantCreateTempFile or CantCreateTempDir when anything else goes
 // wrong.
 
-#include "commons/errors/shared_tags.h"
+#include "commons/errors/error.h"
 
 #include <fstream>
 #include <string>

@@ -1,6 +1,10 @@
 #include "commons/log/log_facade.h"
 
+#include "commons/errors/severity.h"
 #include "commons/errors/text_formatters.h"
+
+#include <boost/exception/diagnostic_information.hpp>
+#include <boost/exception/exception.hpp>
 
 #include <memory>
 
@@ -108,6 +112,47 @@ void DetachLogFacade() {
     instance->SetSinks(currentDebugLog, currentLog);
     if (--attachedSinks == 0) {
         instance.reset();
+    }
+}
+
+void callNoThrow(const std::function<void()>& fn, const std::string& message) {
+    try {
+        fn();
+    } catch (const IExTraceable& e) {
+        logMessage(level::kDebug, "{}: {}", message, e.GetText());
+        if (LogFacade* log = GetLogFacade()) {
+            log->Write(level::kDebug, true, e, nullptr);
+        }
+    } catch (const boost::exception& e) {
+        logMessage(level::kDebug, "{}: {}", message, boost::diagnostic_information(e));
+    } catch (const std::exception& e) {
+        logMessage(level::kDebug, "{}: {}", message, e.what());
+    } catch (...) {
+        logMessage(level::kDebug, "{}", message);
+    }
+}
+
+int severityOfLevel(int level) {
+    switch (level) {
+    case level::kError:
+        return severity::kError;
+    case level::kWarning:
+        return severity::kWarning;
+    default:
+        return severity::kInfo;
+    }
+}
+
+int levelOfSeverity(int severity) {
+    switch (severity) {
+    case severity::kError:
+        return level::kError;
+    case severity::kWarning:
+        return level::kWarning;
+    case severity::kInfo:
+        return level::kInfo;
+    default:
+        return level::kVerbose;
     }
 }
 

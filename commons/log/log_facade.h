@@ -4,18 +4,33 @@
 // plain text lines and a structured log, the XML execution log. Either may be missing, and without any sink
 // there is no front end at all: a log site asks GetLogFacade() first and does nothing on null.
 //
-// Levels are those of log_level.h, not the severities of exceptions.
+// Levels say how important a line is; severities, how grave an exception.
 
 #include "commons/errors/ex_base.h"
 #include "commons/errors/format.h"
-#include "commons/log/log_level.h"
 
+#include <functional>
 #include <list>
 #include <string>
 #include <string_view>
 #include <utility>
 
 namespace brask {
+
+/// The levels of the logs: 0 is graver than 4.
+namespace level {
+inline constexpr int kError = 0;
+inline constexpr int kWarning = 1;
+inline constexpr int kInfo = 2;
+inline constexpr int kVerbose = 3;
+inline constexpr int kDebug = 4;
+} // namespace level
+
+/// 0 gives 40, 1 gives 30, any other level 20.
+int severityOfLevel(int level);
+
+/// 40 gives 0, 30 gives 1, 20 gives 2, any other severity 3.
+int levelOfSeverity(int severity);
 
 /// The debug log: plain text lines.
 class DebugLog {
@@ -131,5 +146,11 @@ void logNote(std::string_view messageTemplate, const Args&... args) {
         logMessage(level::kVerbose, messageTemplate, args...);
     }
 }
+
+/// Calls `fn`, a step whose failure must not stop the caller. Whatever it throws, an ExFatal error too, is
+/// swallowed and written to the log at level 4 with `message` in front; an error of the IExTraceable family
+/// is then written once more with all its facts. An empty `fn` counts as one that throws. What a sink of the
+/// log throws passes through.
+void callNoThrow(const std::function<void()>& fn, const std::string& message);
 
 } // namespace brask

@@ -3,7 +3,7 @@
 // Where the library's parameters come from. The library asks `paramSource` and never reads the configuration
 // itself, so that a program built on it can answer from somewhere else.
 
-#include "commons/errors/shared_tags.h"
+#include "commons/errors/error.h"
 
 #include <string>
 

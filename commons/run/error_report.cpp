@@ -1,14 +1,13 @@
 #include "commons/run/error_report.h"
 
+#include "commons/errors/error.h"
 #include "commons/errors/format.h"
-#include "commons/errors/shared_tags.h"
-#include "commons/log/call_no_throw.h"
 #include "commons/log/log_facade.h"
 #include "commons/panel/product_paths.h"
 #include "commons/text/text_utils.h"
 #include "commons/xml/xml_document.h"
 #include "lib/process/lib/ExecCmd.h"
-#include "lib/process/lib/sigpipe_guard.h"
+#include "lib/process/lib/this_process.h"
 
 #include <boost/stacktrace.hpp>
 #include <libxml/chvalid.h>

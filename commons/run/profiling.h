@@ -10,7 +10,6 @@
 // Profiling never stops the work: the first record that can't be built or written is noted in the log and
 // ends it for the process.
 
-#include "commons/run/object_display_names.h"
 #include "commons/run/profiling_names.h"
 
 #include <chrono>

@@ -1,8 +1,9 @@
 #pragma once
 
-// The names in profile.log: what a record can be about, and the text for it in the file. Each list below is
-// the one place for its names: enumeration and texts are both made from it. A row's place is its number,
-// which the component's other tools use too, so new rows go to the end.
+// The names in profile.log: what a record can be about, and the text for it in the file; and the names of a
+// run's objects before people, the titles in the execution log. Each list below is the one place for its
+// names: enumeration and texts are both made from it. A row's place is its number, which the component's
+// other tools use too, so new rows go to the end.
 //
 // The texts are neither quite in alphabetical order nor quite in one style of letters: readers of profile.log
 // know them as they are.
@@ -114,5 +115,11 @@ enum class ProfilingMetricType : std::int32_t { BRASK_PROFILING_METRICS(BRASK_PR
 std::string profilingText(ProfilingOperationType operation);
 std::string profilingText(ProfilingAttribute attribute);
 std::string profilingText(ProfilingMetricType metric);
+
+/// The display name of an object's id, 1 to 27; "Unspecified" for any other id.
+std::string objectDisplayName(int id);
+
+/// The display name of an object's type, such as "Database user". A type without one is given back unchanged.
+std::string objectTypeDisplayName(const std::string& type);
 
 } // namespace brask

@@ -1,7 +1,7 @@
 #include "commons/run/profiling_record.h"
 
 #include "commons/errors/format.h"
-#include "commons/text/time_utils.h"
+#include "commons/text/text_utils.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,10 +1,14 @@
 #include "commons/run/xml_log.h"
 
 #include "commons/panel/product_paths.h"
-#include "commons/run/object_display_names.h"
+#include "commons/run/profiling_names.h"
 #include "commons/run/session_files.h"
+#include "commons/xml/xml_globals.h"
 #include "commons/xml/xml_msg_formatter.h"
+#include "commons/xml/xml_node.h"
 #include "commons/xml/xpath_expr.h"
+
+#include <boost/lexical_cast.hpp>
 
 #include <algorithm>
 #include <exception>
@@ -49,6 +53,24 @@ void appendObjects(const XmlNode& node, ObjectList& objects) {
     }
     appendObjects(node.getParent(), objects);
     objects.emplace_back(getAttributeOrEmpty(node.node_, "name"), getAttributeOrEmpty(node.node_, "type"));
+}
+
+/// Adds what is at `element`, which lies in the file below `objects`.
+void merge(Log& log, const XmlNode& element, const ObjectList& objects) {
+    for (xmlNode* child = xmlFirstElementChild(element.node_); child != nullptr;
+         child = xmlNextElementSibling(child)) {
+        const XmlNode node(element.doc_, child);
+        if (tXmlBmmDocument::nodeNameIs(child->name, "message")) {
+            const std::string description = getNodeContent(node.getNode("description").node_);
+            const std::string word = getNodeContent(node.getNode("@severity").node_);
+            log.AddMessage(severityOfWord(word, severity::kInfo), ExTraceableBase<ExDefault>("", description),
+                           objects);
+        } else if (tXmlBmmDocument::nodeNameIs(child->name, "object")) {
+            ObjectList path = objects;
+            path.emplace_back(getAttributeOrEmpty(child, "name"), getAttributeOrEmpty(child, "type"));
+            merge(log, node, path);
+        }
+    }
 }
 
 } // namespace
@@ -214,6 +236,42 @@ LogObjectScope::~LogObjectScope() {
     if (currentLog != nullptr) {
         currentLog->RemoveEmptyObject();
     }
+}
+
+void AddResultFile(Log& log, const std::string& path) {
+    // The run goes on, and with it libxml2's complaints about names of objects.
+    const XmlErrorsReset reset;
+    tXmlBmmDocument file(path.c_str());
+    file.initFileDoc("execution-result");
+    merge(log, XmlNode(file.doc_.get(), file.root_), {});
+}
+
+void AddResultFile(const std::string& path) {
+    if (currentLog != nullptr) {
+        AddResultFile(*currentLog, path);
+    }
+}
+
+QaStatus readQaStatus(const std::string& name) {
+    const std::string path = getQaStatusFile();
+    if (!std::filesystem::exists(path)) {
+        return {};
+    }
+    const XmlErrorsReset reset;
+    tXmlBmmDocument file(path.c_str());
+    file.initFileDoc("log");
+    const std::string filledIn = "util[@name = '" + name + "' and @severity != '' and @errcode != '']";
+    if (!xpathExists(file.doc_.get(), toXml(filledIn), file.root_)) {
+        return {};
+    }
+    // The first element of that name, which need not be the one that is filled in.
+    xmlNode* const util = XmlNode(file.doc_.get(), file.root_).getNode("util[@name = '" + name + "']").node_;
+    const std::string errcode = getAttributeOrEmpty(util, "errcode");
+    const std::string message = getNodeContent(util);
+    return {.found = true,
+            .errcode = errcode.empty() ? 0 : boost::lexical_cast<int>(errcode),
+            .severity = severityOfWord(getAttributeOrEmpty(util, "severity"), QaStatus().severity),
+            .message = message.empty() ? "QA test message" : message};
 }
 
 } // namespace brask

@@ -16,8 +16,6 @@
 // "error".
 
 #include "commons/log/log_facade.h"
-#include "commons/run/qa_status.h"
-#include "commons/run/xml_log_merge.h"
 #include "commons/xml/xml_document.h"
 #include "commons/xml/xml_node.h"
 
@@ -106,5 +104,32 @@ public:
 private:
     std::string title;
 };
+
+/// Adds the messages of another "execution-result" file, each at the path of objects that it has there,
+/// counted from the root of `log`; objects of the same name and type become one. Elements that are neither
+/// message nor object are left out, inner exceptions are too. Raises what reading the file raises
+/// (tError_WrongDoc when it is another document), with nothing added, and tError_XPath_CantEvaluate at a
+/// message without description or severity.
+void AddResultFile(Log& log, const std::string& path);
+
+/// The same for the current log; nothing happens when there is none.
+void AddResultFile(const std::string& path);
+
+/// What a test wants a utility to report in place of its own status.
+struct QaStatus {
+    bool found = false; ///< the test names this utility
+    int errcode = 0;
+    int severity = 10; ///< 10, 20, 30 or 40, as in the execution log
+    std::string message;
+};
+
+/// Reads the test switch of the utility `name` from "qa-status-test.cfg" in the component's directory:
+///
+///     <log><util name="NAME" severity="error" errcode="7">the message</util></log>
+///
+/// The record is as above when the file is missing or has no such element with both attributes filled in.
+/// `name` is put into an XPath expression unescaped. Raises what reading the document raises, and
+/// boost::bad_lexical_cast for an errcode that is no decimal integer.
+QaStatus readQaStatus(const std::string& name);
 
 } // namespace brask

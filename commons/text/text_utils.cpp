@@ -8,8 +8,12 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdlib>
+#include <ctime>
 #include <regex>
 #include <stdexcept>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include <iconv.h>
@@ -42,6 +46,23 @@ public:
 private:
     iconv_t descriptor;
 };
+
+int random() {
+    static bool seeded = false;
+    if (!seeded) {
+        std::srand(static_cast<unsigned>(std::time(nullptr)));
+        seeded = true;
+    }
+    return std::rand();
+}
+
+size_t randomBelow(size_t limit) {
+    return static_cast<size_t>(random()) % limit;
+}
+
+char randomCharacter(std::string_view alphabet) {
+    return alphabet[randomBelow(alphabet.size())];
+}
 
 } // namespace
 
@@ -97,6 +118,45 @@ int compressionLevelFor(int method, unsigned level) {
         throw std::runtime_error(fmtlib::format("Invalid compression level: {}", level));
     }
     return ofMethod[level];
+}
+
+tm toLocalTime(std::chrono::system_clock::time_point when) {
+    const time_t seconds = std::chrono::system_clock::to_time_t(when);
+    tm local{};
+    if (localtime_r(&seconds, &local) == nullptr) {
+        throwErrno("Failed to convert time");
+    }
+    return local;
+}
+
+std::string formatTimestamp(std::chrono::system_clock::time_point when) {
+    const tm local = toLocalTime(when);
+    std::array<char, 80> buffer{};
+    return {buffer.data(), std::strftime(buffer.data(), buffer.size(), "%Y%m%dT%H%M%S", &local)};
+}
+
+std::string randomName() {
+    constexpr size_t length = 7;
+    std::string name;
+    while (name.size() < length) {
+        name += randomCharacter("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789");
+    }
+    return name;
+}
+
+std::string randomPassword(int length) {
+    constexpr std::array<std::string_view, 4> classes{"1234567890", "ABCDEFGHIJKLMNOPQRSTUVWXYZ",
+                                                      "abcdefghijklmnopqrstuvwxyz", "~!@#$;%^&()-_+=,.{}[]"};
+    std::string password;
+    for (int i = 0; i < length; ++i) {
+        // One of each class first, then of any.
+        const size_t next = password.size() < classes.size() ? password.size() : randomBelow(classes.size());
+        password += randomCharacter(classes[next]);
+    }
+    for (size_t i = password.size(); i > 1; --i) {
+        std::swap(password[i - 1], password[randomBelow(i)]);
+    }
+    return password;
 }
 
 } // namespace brask

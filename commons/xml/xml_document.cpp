@@ -1,19 +1,25 @@
 #include "commons/xml/xml_document.h"
 
+#include "commons/errors/error.h"
 #include "commons/files/rename.h"
 #include "commons/files/retry.h"
-#include "commons/xml/atomic_save.h"
-#include "commons/xml/xml_error_handlers.h"
+#include "commons/files/temp_file.h"
+#include "commons/panel/param_source.h"
+#include "commons/xml/xml_globals.h"
+#include "lib/process/lib/identity.h"
 
 #include <libxml/parser.h>
 #include <libxml/xmlerror.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <ostream>
 #include <string_view>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace brask {
 
@@ -301,6 +307,18 @@ xmlNode* getXmlChild(xmlNodePtr node, const char* name) {
         }
     }
     return nullptr;
+}
+
+std::string makeFileBeside(const std::filesystem::path& target, const std::string& prefix) {
+    return BMM_getTempFileName(target.parent_path().string(), prefix + target.filename().string(), false);
+}
+
+void giveToPanel(const std::string& file) {
+    const uid_t uid = idOfUser(getParam("BSAADM").c_str(), 0);
+    const gid_t gid = idOfUser(getParam("BSAADM").c_str(), 1);
+    if (chown(file.c_str(), uid, gid) != 0) {
+        BRASK_THROW(CantTakeFileOwnership, file, std::strerror(errno));
+    }
 }
 
 } // namespace brask

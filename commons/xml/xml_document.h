@@ -8,9 +8,9 @@
 // WARNING: a parse sends libxml2's generic error text into a buffer of its own. A parse that succeeds puts
 // libxml2's default handler back; a parse that fails does NOT, and its buffer is gone by then. Who goes on
 // after tError_ParseFile and may trigger a libxml2 error outside a further parse (a failing XPath expression,
-// say) holds an XmlErrorsReset (xml_error_handlers.h) round the parse.
+// say) holds an XmlErrorsReset (xml_globals.h) round the parse.
 
-#include "commons/errors/shared_tags.h"
+#include "commons/errors/error.h"
 #include "commons/xml/xml_ptr.h"
 
 #include <libxml/tree.h>
@@ -148,5 +148,17 @@ public:
 /// The first child of `node` with the name `name`, or null. The type of the child plays no part: a text child
 /// carries the name "text". Raises AssertionFailed on a null node.
 xmlNode* getXmlChild(xmlNodePtr node, const char* name);
+
+// The steps that the atomic saves of documents and of elements share. Both write a new file beside the
+// target, hand it over and move it into the target's place. Nothing is synced to the disk, and the new file
+// stays on any failure, as what an operator has left of the content.
+
+/// Makes an empty file beside `target` and returns its path. A bare file name has no directory, and its file
+/// is made in the directory of temporary files. Raises what BMM_getTempFileName raises.
+std::string makeFileBeside(const std::filesystem::path& target, const std::string& prefix);
+
+/// Hands `file` over to the panel's administrative account with its primary group. An unknown account reads
+/// as root. Raises CantTakeFileOwnership.
+void giveToPanel(const std::string& file);
 
 } // namespace brask

@@ -1,8 +1,8 @@
 #include "commons/xml/xml_node.h"
 
 #include "commons/files/rename.h"
-#include "commons/xml/atomic_save.h"
-#include "commons/xml/xml_error_handlers.h"
+#include "commons/xml/xml_document.h"
+#include "commons/xml/xml_globals.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 #include "commons/xml/xml_validation.h"
 
 #include "commons/panel/product_paths.h"
-#include "commons/xml/xml_error_handlers.h"
+#include "commons/xml/xml_globals.h"
 #include "lib/process/lib/ExecCmd.h"
 
 #include <libxml/parser.h>

@@ -2,11 +2,10 @@
 
 // The log of the plain-function layer: a printf-style hook that writes to syslog or to the standard streams.
 // It serves before any other log exists, and in a child between fork and exec: the syslog path uses no heap.
-// Nothing here reports a failure; a log that can't be written loses its line.
+// Nothing here reports a failure; a log that can't be written loses its line. And the end of a program that
+// can't go on.
 //
 // The state is global and unlocked. Call LogInit at start-up, before there is a second thread.
-
-#include "lib/runtime/error_exit.h"
 
 #include <cstdarg>
 
@@ -42,5 +41,10 @@ void LogSetLevel(int level);
 
 /// The options of the last LogInit for syslog, the process id's bit included.
 int LogGetOptions();
+
+/// Reports a fatal condition: prints the message to standard error and to standard output, with the program's
+/// name in front and, if errno is set, "\nSystem error <number>: <text>" after it. The message may have any
+/// length. Then ends the process by exit(exitCode); a call with 0 returns, and is the only one that does.
+void ErrorExit(int exitCode, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 } // namespace brask

@@ -2,9 +2,8 @@
 
 #include "product/backup_restore_helper/descriptor.h"
 #include "product/backup_restore_helper/failure.h"
-#include "product/backup_restore_helper/fingerprint.h"
+#include "product/backup_restore_helper/key_pair.h"
 #include "product/backup_restore_helper/key_store.h"
-#include "product/backup_restore_helper/published_key.h"
 
 #include <algorithm>
 #include <ctime>

@@ -2,7 +2,14 @@
 
 #include "product/backup_restore_helper/failure.h"
 
+#include <openssl/evp.h>
+#include <openssl/sha.h>
+#include <openssl/x509.h>
+
+#include <memory>
 #include <vector>
+
+#include <dlfcn.h>
 
 namespace backup_restore_helper {
 
@@ -36,7 +43,8 @@ std::vector<std::string_view> linesOf(std::string_view text) {
     return lines;
 }
 
-/// The first whole block whose label ends in `kind`, or nothing. A block in which another begins is not whole.
+/// The first whole block whose label ends in `kind`, or nothing. A block in which another begins is not
+/// whole.
 std::string findBlock(const std::vector<std::string_view>& lines, std::string_view kind) {
     std::string block;
     std::string lastLine;
@@ -85,6 +93,88 @@ KeyPair parseHalves(std::string_view text, const std::string& name) {
     return {plain.substr(0, end), plain.substr(end + 2)};
 }
 
+#define TEXT_OF_VALUE(value) #value
+#define TEXT_OF(macro) TEXT_OF_VALUE(macro)
+// NOLINTBEGIN(bugprone-macro-parentheses): a name that is declared takes none.
+#define IMPORT(function)                                                                                     \
+    const decltype(&::function) function = reinterpret_cast<decltype(&::function)>(find(#function))
+
+// NOLINTEND(bugprone-macro-parentheses)
+
+/// Libcrypto, loaded on demand: the tool waits for the helper in each of its runs, and loading the library
+/// takes longer than all that the helper does for it. It stays loaded to the end of the process.
+class Libcrypto final {
+public:
+    Libcrypto() {
+        // A configuration file could load code of the caller's choice.
+        OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr);
+    }
+
+private:
+    static constexpr const char* name = "libcrypto.so." TEXT_OF(OPENSSL_SHLIB_VERSION);
+
+    static void* orFail(void* address) {
+        if (address == nullptr) {
+            throw Failure(std::string("Can't compute fingerprints: ") + dlerror());
+        }
+        return address;
+    }
+
+    void* find(const char* function) const { return orFail(dlsym(library, function)); }
+
+    void* const library = orFail(dlopen(name, RTLD_NOW | RTLD_LOCAL));
+
+public:
+    IMPORT(OPENSSL_init_crypto);
+    IMPORT(EVP_DecodeBlock);
+    IMPORT(EVP_EncodeBlock);
+    IMPORT(EVP_Digest);
+    IMPORT(EVP_sha256);
+    IMPORT(EVP_PKEY_free);
+    IMPORT(d2i_PublicKey);
+    IMPORT(d2i_PUBKEY);
+    IMPORT(i2d_PUBKEY);
+};
+
+using Bytes = std::vector<unsigned char>;
+
+const unsigned char* bytesOf(const std::string& text) {
+    return reinterpret_cast<const unsigned char*>(text.data());
+}
+
+/// The content of a PEM block, with up to two bytes too many after it, or nothing.
+Bytes decodeBlock(const Libcrypto& crypto, const std::string& block) {
+    std::string base64;
+    for (size_t begin = block.find('\n') + 1; begin < block.rfind("-----END ");) {
+        const size_t end = block.find('\n', begin);
+        base64.append(block, begin, end - begin);
+        begin = end + 1;
+    }
+    Bytes content(base64.size());
+    const int size = crypto.EVP_DecodeBlock(content.data(), bytesOf(base64), static_cast<int>(base64.size()));
+    content.resize(size < 0 ? 0 : static_cast<size_t>(size));
+    return content;
+}
+
+/// The SubjectPublicKeyInfo of the key in a PEM block, or nothing.
+Bytes keyInfoOf(const Libcrypto& crypto, const std::string& block) {
+    const Bytes content = decodeBlock(crypto, block);
+    const unsigned char* next = content.data();
+    const auto size = static_cast<long>(content.size());
+    const bool isPkcs1 = block.starts_with("-----BEGIN RSA PUBLIC KEY-----");
+    const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key(
+        isPkcs1 ? crypto.d2i_PublicKey(EVP_PKEY_RSA, nullptr, &next, size)
+                : crypto.d2i_PUBKEY(nullptr, &next, size),
+        crypto.EVP_PKEY_free);
+    if (!key) {
+        return {};
+    }
+    Bytes info(static_cast<size_t>(std::max(crypto.i2d_PUBKEY(key.get(), nullptr), 0)));
+    unsigned char* out = info.data();
+    crypto.i2d_PUBKEY(key.get(), &out);
+    return info;
+}
+
 } // namespace
 
 KeyPair parseKeyPair(std::string_view text, const std::string& name) {
@@ -100,6 +190,24 @@ KeyPair parseKeyPair(std::string_view text, const std::string& name) {
         throw Failure(name + " holds a zero byte");
     }
     return pair;
+}
+
+std::optional<std::string> fingerprintOf(const std::string& publicKey) {
+    static const Libcrypto crypto;
+    if (!publicKey.starts_with("-----BEGIN ")) {
+        return std::nullopt;
+    }
+    const Bytes info = keyInfoOf(crypto, publicKey);
+    unsigned char digest[SHA256_DIGEST_LENGTH];
+    if (info.empty() ||
+        crypto.EVP_Digest(info.data(), info.size(), digest, nullptr, crypto.EVP_sha256(), nullptr) != 1) {
+        return std::nullopt;
+    }
+    unsigned char base64[sizeof digest / 3 * 4 + 5];
+    const int size = crypto.EVP_EncodeBlock(base64, digest, sizeof digest);
+    std::string text = "SHA256:" + std::string(base64, base64 + size);
+    text.erase(text.find_last_not_of('=') + 1);
+    return text;
 }
 
 } // namespace backup_restore_helper

@@ -1,9 +1,11 @@
 #include "product/backup_restore_helper/key_store.h"
 
-#include "product/backup_restore_helper/archive_name.h"
 #include "product/backup_restore_helper/failure.h"
+#include "product/backup_restore_helper/folder.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <ctime>
 #include <filesystem>
 
 #include <fcntl.h>
@@ -98,6 +100,15 @@ time_t writeTime(const std::string& path) {
         failSystemCall("look at " + path);
     }
     return status.st_mtim.tv_sec;
+}
+
+constexpr std::string_view archivePrefix = "pair.pem.";
+
+std::string publishedText(const std::string& publicKey) {
+    if (!publicKey.starts_with("-----BEGIN ")) {
+        throw Failure("The current public key is not PEM");
+    }
+    return "Public key which may be used to verify dumps made from this host\n\n" + publicKey + "\n";
 }
 
 } // namespace
@@ -200,6 +211,39 @@ void KeyStore::replaceCurrent(std::string_view text) const {
 
 std::string KeyStore::pathOf(const std::string& name) const {
     return path + "/" + name;
+}
+
+std::string archiveName(ArchiveTime replaced) {
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(replaced);
+    const time_t second = seconds.time_since_epoch().count();
+    char text[64];
+    tm fields{};
+    size_t length = strftime(text, sizeof text, "%Y%m%dT%H%M%S", gmtime_r(&second, &fields));
+    length += static_cast<size_t>(std::snprintf(text + length, sizeof text - length, ".%06dZ",
+                                                static_cast<int>((replaced - seconds).count())));
+    return std::string(archivePrefix).append(text, length);
+}
+
+bool isArchiveName(std::string_view name) {
+    return name.starts_with(archivePrefix) && name.size() > archivePrefix.size() &&
+           name.find_first_not_of("0123456789TZ.", archivePrefix.size()) == std::string_view::npos;
+}
+
+void publishKey(const KeyStore& keyStore, const std::string& folderPath, mode_t mode) {
+    constexpr const char* name = "bu_pubkey.txt";
+    constexpr const char* newName = "bu_pubkey.txt.new";
+    // Without a pair there may be no store either, so this comes first for the sake of its message.
+    keyStore.load();
+    const FolderLock lock = keyStore.lock();
+    const Folder folder(folderPath);
+    try {
+        folder.write(newName, publishedText(keyStore.load().publicKey), mode);
+        folder.rename(newName, name);
+    } catch (const Failure&) {
+        folder.removeIfThere(newName);
+        throw;
+    }
+    folder.sync();
 }
 
 } // namespace backup_restore_helper

@@ -3,6 +3,7 @@
 #include "product/backup_restore_helper/folder.h"
 #include "product/backup_restore_helper/key_pair.h"
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,6 +12,15 @@
 #include <time.h>
 
 namespace backup_restore_helper {
+
+using ArchiveTime = std::chrono::sys_time<std::chrono::microseconds>;
+
+/// The name of the pair that was replaced at that moment: "pair.pem.20260131T235959.123456Z", in UTC, so that
+/// the names sort by time.
+std::string archiveName(ArchiveTime replaced);
+
+/// Whether `name` is such a name, and thus no path and none of the store's other files.
+bool isArchiveName(std::string_view name);
 
 /// The server's key pair on disk, and the pairs that it has replaced: one file of mode 0600 each, in a folder
 /// of mode 0700.
@@ -61,5 +71,10 @@ private:
 
     const std::string path;
 };
+
+/// Writes the current public key to "bu_pubkey.txt" in `folder`, in the form in which the tool publishes a
+/// new one. The file is replaced whole and gets `mode`. Raises Failure when there is no current pair, its
+/// public key is not PEM, or the file can't be written; an old file is unchanged then.
+void publishKey(const KeyStore& keyStore, const std::string& folder, mode_t mode);
 
 } // namespace backup_restore_helper

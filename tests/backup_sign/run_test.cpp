@@ -1,4 +1,4 @@
-#include "backup_sign/command_guard.h"
+#include "backup_sign/run_lifetime.h"
 #include "tests/support/fixed_params.h"
 #include "tests/support/support.h"
 

@@ -1,4 +1,4 @@
-#include "backup_sign_lib/private_key_text.h"
+#include "backup_sign_lib/rsa_keys.h"
 #include "backup_sign_lib/utils.h"
 #include "tests/support/support.h"
 

@@ -1,5 +1,5 @@
 #include "dumpsig/command_line.h"
-#include "dumpsig/exit_code.h"
+#include "dumpsig/output.h"
 #include "tests/support/thrown_text.h"
 
 #include <gmock/gmock.h>

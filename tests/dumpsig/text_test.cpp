@@ -1,6 +1,6 @@
+#include "dumpsig/output.h"
 #include "dumpsig/progress.h"
 #include "dumpsig/scan.h"
-#include "dumpsig/text_line.h"
 
 #include <gtest/gtest.h>
 

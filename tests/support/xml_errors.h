@@ -1,6 +1,6 @@
 #pragma once
 
-#include "commons/xml/xml_error_handlers.h"
+#include "commons/xml/xml_globals.h"
 
 #include <libxml/xmlerror.h>
 

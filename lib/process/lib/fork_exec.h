@@ -1,6 +1,7 @@
 #pragma once
 
-// Starting a program in a forked child. spawn.h has the manual; what it says of the forked child counts here.
+// Starting a program in a forked child, and the child's descriptors. spawn.h has the manual; what it says of
+// the forked child counts here.
 
 #include <map>
 #include <string>
@@ -22,5 +23,14 @@ pid_t forkExecvPipes(int stdinFd, int stdoutFd, int stderrFd, const std::string&
 /// `newFd` must be open: /dev/null may come to lie on a closed one at once, and is then closed again.
 /// Raises SystemError("dup2Custom failed") when /dev/null can't be opened.
 int dup2Custom(int oldFd, int newFd);
+
+/// Closes every descriptor at or above `lowestFd`; nothing is reported. Meant for a freshly forked child. Not
+/// the C library's function of this name: inside the namespace, the plain name means this one.
+void closefrom(int lowestFd);
+
+/// Reads a descriptor's name in /proc/self/fd: a non-negative decimal int in its one canonical form, digits
+/// alone, no leading zero but in "0" itself, no sign, nothing before or after. Returns -1 for any other text,
+/// for null, and for a number above 2147483647. Success leaves errno as it was.
+int parseStrictNumber(const char* text);
 
 } // namespace brask

@@ -16,7 +16,7 @@
 //   there is nothing to wait for, so it then spins for ever.
 //
 //   SIGPIPE keeps its disposition. A child that closes its standard input before it has read everything kills
-//   the caller, unless a SigpipeGuard (sigpipe_guard.h) lives round the call.
+//   the caller, unless a SigpipeGuard (this_process.h) lives round the call.
 //
 //   Flush stdio. What the caller has written and not flushed is in the child's memory too, and goes to the
 //   pipes as well if the program can't be executed.
@@ -53,7 +53,6 @@
 //   errno says nothing: after a good run it is most often EAGAIN, left by the last read.
 
 #include "lib/process/lib/child_options.h"
-#include "lib/process/lib/closefrom.h"
 #include "lib/process/lib/fork_exec.h"
 
 #include <cstddef>

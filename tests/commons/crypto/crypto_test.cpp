@@ -1,4 +1,3 @@
-#include "commons/crypto/hex_text.h"
 #include "commons/crypto/openssl.h"
 #include "tests/support/support.h"
 

@@ -1,4 +1,4 @@
-#include "commons/log/call_no_throw.h"
+#include "commons/log/log_facade.h"
 #include "tests/commons/library_test.h"
 
 #include <boost/exception/all.hpp>

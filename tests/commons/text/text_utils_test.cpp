@@ -1,6 +1,4 @@
-#include "commons/text/random_text.h"
 #include "commons/text/text_utils.h"
-#include "commons/text/time_utils.h"
 #include "tests/support/support.h"
 
 #include <regex>

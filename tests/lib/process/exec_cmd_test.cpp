@@ -1,5 +1,5 @@
 #include "lib/process/lib/ExecCmd.h"
-#include "lib/process/lib/sigpipe_guard.h"
+#include "lib/process/lib/this_process.h"
 #include "tests/support/support.h"
 
 namespace {

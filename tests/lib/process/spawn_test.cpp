@@ -1,5 +1,5 @@
 #include "commons/errors/system_error.h"
-#include "lib/process/lib/closefrom.h"
+#include "lib/process/lib/fork_exec.h"
 #include "lib/process/lib/spawn.h"
 #include "tests/support/support.h"
 

@@ -1,8 +1,6 @@
-#include "dumpsig/program.h"
+#include "dumpsig/commands.h"
 
 #include "commons/crypto/openssl.h"
-#include "dumpsig/commands.h"
-#include "dumpsig/output.h"
 #include "lib/process/lib/this_process.h"
 
 #include <csignal>

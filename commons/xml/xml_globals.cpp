@@ -1,4 +1,7 @@
-#include "commons/xml/xml_error_handlers.h"
+#include "commons/xml/xml_globals.h"
+
+#include <libxml/catalog.h>
+#include <libxml/parser.h>
 
 #include <cstdarg>
 #include <cstdio>
@@ -10,6 +13,16 @@ namespace brask {
 namespace {
 
 void ignore(void* /*context*/, const char* /*format*/, ...) {}
+
+xmlExternalEntityLoader savedLoader = nullptr;
+
+xmlParserInputPtr loadFirstInputOnly(const char* url, const char* id, xmlParserCtxtPtr ctxt) {
+    // A parser context numbers its inputs from 1: what is loaded first is the document itself.
+    if (url == nullptr || ctxt == nullptr || ctxt->input_id != 1) {
+        return nullptr;
+    }
+    return savedLoader(url, id, ctxt);
+}
 
 } // namespace
 
@@ -39,6 +52,17 @@ QuietXmlErrors::~QuietXmlErrors() {
 
 XmlErrorsReset::~XmlErrorsReset() {
     xmlSetGenericErrorFunc(nullptr, nullptr);
+}
+
+void installExternalEntityLoader() {
+    // A catalog, which the environment may name, could put another document in the place of standard input.
+    xmlCatalogSetDefaults(XML_CATA_ALLOW_NONE);
+    const xmlExternalEntityLoader installed = xmlGetExternalEntityLoader();
+    // Saving the filter as its own successor would make it call itself without end.
+    if (installed != loadFirstInputOnly) {
+        savedLoader = installed;
+        xmlSetExternalEntityLoader(loadFirstInputOnly);
+    }
 }
 
 } // namespace brask
