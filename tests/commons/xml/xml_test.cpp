@@ -10,6 +10,8 @@
 
 #include <sstream>
 
+#include <pwd.h>
+
 namespace {
 
 using namespace brask;
@@ -155,6 +157,8 @@ protected:
             tXmlBmmDocument document(std::string("<a><b/></a>"));
             document.initFileDoc("a");
             const XmlNode node(document.doc_.get(), document.root_->children);
+            // The accounts are read while they can be: they may be below a folder that is root's alone.
+            requireThat(getpwnam("worker") != nullptr, "accounts");
             requireThat(setuid(user) == 0, "setuid");
             const FileSizeLimit disk(bytesFree);
             name == kDocument ? document.saveToFileAtomically(out + name)
