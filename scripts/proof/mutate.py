@@ -24,7 +24,8 @@ SLOW = "-*FourGigabytes*:*AThousandDumps*:*ManyDumps*:*ManualAndTheCompletion*:*
 NOTICED, HANGS, SURVIVED, IMPOSSIBLE = "noticed", "noticed, as it hangs", "survived", "does not compile"
 
 # What is broken on purpose may kill, write and remove: it sees its own processes only, and instead of the repository a
-# copy of it, which is all of the root file system that it may write to.
+# copy of it, which is all of the root file system that it may write to. The shell stays as the first process there, since
+# that is the one that gets the orphans.
 CAGE = ["unshare", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc", "/bin/sh", "-ec", """
     mount -t tmpfs -o size=1g,mode=1777 tmpfs /tmp
     mount --bind "$1" "$2"
@@ -33,7 +34,7 @@ CAGE = ["unshare", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc",
     ulimit -v 8000000
     cd "$2"
     shift 2
-    exec "$@" """, "sh"]
+    "$@" || exit""", "sh"]
 
 
 def files_of(repo):
