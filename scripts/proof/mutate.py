@@ -9,7 +9,7 @@ import shutil
 import subprocess
 import sys
 import time
-from collections import deque
+from collections import Counter, deque
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 from queue import SimpleQueue
@@ -141,12 +141,19 @@ def programs_of(repo):
 
 
 def sample(repo, names, only, seed):
-    """All mutants in a random order that is the same for the same sources and seed; one for each place."""
-    found = [place for name in sources_of(names) for place in mutants.places(name, (repo / name).read_text())]
-    chance = random.Random(seed)
-    chance.shuffle(found)
-    chosen = (chance.choice(place) for place in found)
-    return [mutant for mutant in chosen if re.search(only, str(mutant))]
+    """All mutants in a random order, one for each place. A place keeps its rank as long as its line is the same, so that
+    the survivors of a run are tried again when the tests have learned of them."""
+    ranked, seen = [], Counter()
+    for name in sources_of(names):
+        text = (repo / name).read_text()
+        lines = text.split("\n")
+        for place in mutants.places(name, text):
+            what = f"{seed} {name} {lines[place[0].line - 1].strip()} {place[0].was}"
+            seen[what] += 1
+            chance = random.Random(f"{what} {seen[what]}")
+            ranked.append((chance.random(), chance.choice(place)))
+    ranked.sort(key=lambda each: each[0])
+    return [mutant for _, mutant in ranked if re.search(only, str(mutant))]
 
 
 def try_all(trees, programs, chosen, count):
