@@ -24,7 +24,7 @@ BRASK_ERROR_TAG(CertificateOutputError, "Unable to write the certificate")
 ParamFromBSAStrategy bsaParameters;
 
 // Runs before main: from here on the whole library asks the panel's runtime configuration.
-[[maybe_unused]] const bool paramSourceInstalled = (paramSource = &bsaParameters, true);
+[[maybe_unused]] const void* const paramSourceInstalled = paramSource = &bsaParameters;
 
 void printCertificate(BackupSign& backupSign) {
     std::cout << backupSign.GetCertificate() << std::endl;

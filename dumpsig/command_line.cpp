@@ -54,7 +54,7 @@ Parser::Parser() {
     app.formatter(std::make_shared<HelpFormat>("COMMAND …"));
     app.set_version_flag("--version", "dumpsig " DUMPSIG_VERSION, "Print the version and exit");
     app.require_subcommand(0, 1);
-    app.allow_extras();
+    app.allow_extras(); // of the commands, too
     app.footer(std::string("\"dumpsig COMMAND --help\" tells the options of a command.\n") + kExitCodes);
     addVerify();
     addJson(addCommand(Command::kInfo, "info", "VOLUME…", "Tell what the document of the last volume says"));
@@ -70,7 +70,6 @@ CLI::App* Parser::addCommand(Command command, const char* name, const char* file
     CLI::App* const added = app.add_subcommand(name, description);
     added->formatter(std::make_shared<HelpFormat>(files));
     added->footer(kExitCodes);
-    added->allow_extras();
     added->callback([this, command, added] {
         call.command = command;
         takeFiles(*added);

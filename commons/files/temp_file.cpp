@@ -111,10 +111,6 @@ BMMTmpFile::BMMTmpFile(const std::string& dir, const std::string& name, bool rem
 }
 
 BMMTmpFile::~BMMTmpFile() {
-    try {
-        close();
-    } catch (...) { // A stream that was told to throw: there is nobody left to tell.
-    }
     if (removeOnClose_) {
         unlink(name_.c_str());
     }

@@ -3,16 +3,18 @@
 #include "commons/errors/format.h"
 #include "commons/errors/system_error.h"
 
+#include <boost/algorithm/string/case_conv.hpp>
 #include <boost/algorithm/string/join.hpp>
 #include <boost/algorithm/string/trim.hpp>
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <limits>
+#include <locale>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -268,10 +270,9 @@ unsigned int convertSetting<unsigned int>(const std::string& text) {
 
 template <>
 bool convertSetting<bool>(const std::string& text) {
-    std::string word = text;
-    std::transform(word.begin(), word.end(), word.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return word != "false" && word != "off" && word != "no" && word != "0" && !word.empty();
+    constexpr std::array<std::string_view, 5> kFalse{"", "0", "no", "off", "false"};
+    const std::string word = boost::algorithm::to_lower_copy(text, std::locale::classic());
+    return std::find(kFalse.begin(), kFalse.end(), word) == kFalse.end();
 }
 
 template <>

@@ -164,7 +164,7 @@ int bsaConfLoad(const char* path, BsaConf* conf) {
     }
     const int taken = takeLines(conf, file);
     const int error = errno;
-    const bool complete = feof(file) != 0 && ferror(file) == 0;
+    const bool complete = feof(file) != 0;
     fclose(file);
     if (taken != 0) {
         errno = error;

@@ -52,6 +52,7 @@ TEST(Progress, TellsWhatIsKnown) {
     EXPECT_EQ(progressLine(3 * kGib, 4 * kGib, 2), "3.0 GiB of 4.0 GiB, 75%, 1.5 GiB/s, 0:01 left");
     EXPECT_EQ(progressLine(kGib, 500 * kGib, 10), "1.0 GiB of 500.0 GiB, 0%, 102.4 MiB/s, 1:23:10 left");
     EXPECT_EQ(progressLine(999, std::nullopt, 1), "999 B, 999 B/s");
+    EXPECT_EQ(progressLine(kGib << 22, std::nullopt, 1), "4.0 PiB, 4.0 PiB/s");
     EXPECT_EQ(progressLine(0, 1024 * 1024 - 1, 1), "0 B of 1.0 MiB, 0%, 0 B/s");
     EXPECT_EQ(progressLine(20, 10, 1), "10 B of 10 B, 100%, 20 B/s, 0:00 left"); // it grew
 }

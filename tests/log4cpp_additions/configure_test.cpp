@@ -126,11 +126,13 @@ TEST_F(Configure, AnOpenLogIsNeverOpenedByItsName) {
     const std::string text =
         "rootCategory=INFO,F\nappender.F.fileName=${LOG}\nappender.F.layout=SimpleLayout\n"
         "appender.F.append=false\nappender.F.maxFileSize=1\nappender.F.maxBackupIndex=0\n";
-    for (const std::string type : {"FileAppender", "RollingFileAppender"}) {
+    for (const auto& [type, name] : {std::pair("FileAppender", log),
+                                     {"FileAppender", dir.path("moved")},
+                                     {"RollingFileAppender", log}}) {
         const int fd = open(dir.write("log", "old").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
         fs::rename(log, dir.path("moved"));
         fs::create_symlink("target", log);
-        EXPECT_TRUE(configure(text + "appender.F=" + type, {{"LOG", log}}, {log, fd}));
+        EXPECT_TRUE(configure(text + "appender.F=" + type, {{"LOG", name}}, {log, fd}));
         close(fd);
         log4cpp::Category::getRoot().info("m");
         EXPECT_EQ(readFile(dir.path("moved")), "INFO    : m\n") << type;

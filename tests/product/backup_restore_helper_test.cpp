@@ -197,7 +197,8 @@ TEST_F(BackupRestoreHelper, ListsRestoresAndPublishesPairs) {
     }
     const std::vector<std::string> names = archive();
     ASSERT_EQ(names.size(), 2U);
-    EXPECT_EQ(shell("exec touch -d 2001-02-03T04:05:06Z " + names[0]), "0:");
+    // The last one in the folder is not the last one in the archive.
+    EXPECT_EQ(shell("set " + names[0] + "; mv $1 ../; cp ../$1 .; touch -d 2001-02-03T04:05:06Z $1"), "0:");
     EXPECT_THAT(run(kList), MatchesRegex("0:" + time + " " + kFingerprint + " current pair.pem\n" + time +
                                          " unusable archived " + names[1] + "\n2001-02-03T04:05:06Z " +
                                          kFingerprint + " archived " + names[0] + "\n"));

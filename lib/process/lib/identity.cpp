@@ -147,8 +147,7 @@ gid_t groupIdChecked(const char* nameOrId, bool* found) {
 const char* userNameOfId(uid_t uid) {
     const passwd* account = getpwuid(uid);
     if (account != nullptr) {
-        strncpy(idNameBuffer, account->pw_name, sizeof idNameBuffer - 1);
-        idNameBuffer[sizeof idNameBuffer - 1] = '\0';
+        snprintf(idNameBuffer, sizeof idNameBuffer, "%s", account->pw_name);
     } else {
         snprintf(idNameBuffer, sizeof idNameBuffer, "%u", uid);
     }

@@ -15,6 +15,8 @@ TEST_F(LogTest, FiltersByTheLevelAndNeverFailsOverAText) {
     GetLogFacade()->LogIfEnabled(3, false, Error<&NoParentNode>());
     logMessage(2, "{} of {}", 1, "x");
     logMessage(2, "{} of {}", 1);
+    GetLogFacade()->SetLevel(level::kInfo);
+    logNote("a note of progress");
     EXPECT_THAT(log.lines, ElementsAre(StartsWith("NoParentNode "), "1 of x", HasSubstr(": {} of {}")));
 }
 

@@ -21,8 +21,13 @@ TEST(SettingsParser, ReadsEveryFormOfTheSyntax) {
         {"[ s t\t]\nk[x] = 1\nk[ ' y ' ]=2\nk [\"z\"] 3 = 3", {{"s t.k.x", "1"}, {"s t.k. y ", "2"}}},
         {"[\"s]\"]\nk=1\n['t']\nk=2\n[\"s]\"]\nk=3", {{"s].k", "3"}, {"t.k", "2"}}},
         {"[s]\n#k = #1=2 \"q\"\n=x\nK=1\n", {{"s.#k", "#1=2 \"q\""}, {"s.", "x"}, {"s.K", "1"}}}};
+    SettingsParser parser; // one for all, which keeps what it has read
+    SettingsMap all;
     for (const auto& [text, expected] : cases) {
-        EXPECT_EQ(SettingsParser().parse(text), expected) << text;
+        for (const auto& [name, value] : expected) {
+            all[name] = value;
+        }
+        EXPECT_EQ(parser.parse(text), all) << text;
     }
 }
 
@@ -31,9 +36,22 @@ TEST(SettingsParser, TellsWhereAndWhatItExpected) {
         {"a=1\n\n[sect \nb", "']', found '<EOL>': Line 3, column 7"},
         {"\xEF\xBB\xBF[s", "']', found '<EOF>': Line 1, column 3"},
         {"\nk = 'a\"\n'", "''', found '<EOL>': Line 2, column 8"}};
+    SettingsParser parser;
     for (const auto& [text, message] : cases) {
-        EXPECT_EQ(thrownText<ParseError>([&text = text] { SettingsParser().parse(text); }),
+        EXPECT_EQ(thrownText<ParseError>([&, &text = text] { parser.parse(text); }),
                   "Parse error: Expected " + message);
+    }
+}
+
+TEST(SettingsParser, AWordIsFalseOrTrue) {
+    for (const auto& [word, value] : {std::pair("", false),
+                                      {"0", false},
+                                      {"No", false},
+                                      {"OFF", false},
+                                      {"false", false},
+                                      {"on", true},
+                                      {"n", true}}) {
+        EXPECT_EQ(getSetting(SettingsMap{{"s.k", word}}, "s", "k", !value), value) << word;
     }
 }
 

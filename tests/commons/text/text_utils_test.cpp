@@ -37,6 +37,7 @@ TEST(TextUtils, TimesAreLocalAndPasswordsHaveEveryClass) {
     const ScopedEnv zone("TZ", "XYZ-5:30");
     tzset();
     EXPECT_EQ(formatTimestamp(std::chrono::system_clock::from_time_t(1709231399)), "20240229T235959");
+    EXPECT_NE(randomName(), randomName());
     const std::string password = randomPassword(4);
     for (const char* set : {"[0-9]", "[A-Z]", "[a-z]", R"([~!@#$;%^&()\-_+=,.{}[\]])"}) {
         EXPECT_TRUE(std::regex_search(password, std::regex(set))) << password << " lacks " << set;

@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 /// What is written of a document, without its declaration.
 std::string dump(tXmlDocument& doc) {
     std::ostringstream out;
-    doc.saveToStream(out, nullptr);
+    EXPECT_EQ(doc.saveToStream(out, nullptr), 1);
     return out.str().substr(out.str().find('\n') + 1);
 }
 
@@ -56,6 +56,7 @@ TEST_F(Xml, WhatCannotBeReadOrWrittenIsTold) {
     for (const tXmlDocument& read : {tXmlDocument(doc), tXmlDocument(dir.path("doc.xml").c_str())}) {
         EXPECT_EQ(read.doc_.get()->parseFlags, XML_PARSE_NONET) << "entities are left alone, DTDs unread";
     }
+    EXPECT_EQ(doc.saveToBuffer(xmlAllocOutputBuffer(nullptr)), 1);
     const XmlErrors quiet;
     EXPECT_THROW(doc.saveToFile(dir.path("no/such")), Error<&tError_SaveFile>);
 }
