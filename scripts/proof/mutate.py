@@ -15,6 +15,7 @@ from pathlib import Path
 from queue import SimpleQueue
 
 import mutants
+from equivalent import EQUIVALENT
 
 FOLDERS = ("backup_sign", "backup_sign_lib", "commons", "lib", "log4cpp_additions", "product", "dumpsig")
 BUILD = "build/standalone"
@@ -142,16 +143,19 @@ def programs_of(repo):
 
 def sample(repo, names, only, seed):
     """All mutants in a random order, one for each place. A place keeps its rank as long as its line is the same, so that
-    the survivors of a run are tried again when the tests have learned of them."""
+    the survivors of a run are tried again when the tests have learned of them. Without those that are equivalent."""
     ranked, seen = [], Counter()
     for name in sources_of(names):
         text = (repo / name).read_text()
         lines = text.split("\n")
         for place in mutants.places(name, text):
-            what = f"{seed} {name} {lines[place[0].line - 1].strip()} {place[0].was}"
+            line = lines[place[0].line - 1].strip()
+            what = f"{seed} {name} {line} {place[0].was}"
             seen[what] += 1
             chance = random.Random(f"{what} {seen[what]}")
-            ranked.append((chance.random(), chance.choice(place)))
+            rank, mutant = chance.random(), chance.choice(place)
+            if (name, line, f"{mutant.was} -> {mutant.replacement}") not in EQUIVALENT:
+                ranked.append((rank, mutant))
     ranked.sort(key=lambda each: each[0])
     return [mutant for _, mutant in ranked if re.search(only, str(mutant))]
 

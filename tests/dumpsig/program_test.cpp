@@ -101,7 +101,7 @@ TEST_F(DumpsigTest, KeepsErrorsApartFromVerdicts) {
          "dumpsig: /proc/self/mem: Input/output error\n"},
         {"dumpsig cat -k server.pub v1 /proc/self/mem v3 >out", 2, "",
          "dumpsig: /proc/self/mem: Input/output error\n"},
-        {"mkfifo p; (truncate -s 9 v2; cat v1) >p & echo 0123456789 >v2\n"
+        {"mkfifo p; (truncate -s 10 v2; cat v1) >p & echo 0123456789 >v2\n"
          "dumpsig verify -k server.pub p v2 v3",
          2, "", "dumpsig: v2: shrank while it was read\n"},
         {"(truncate -s 1000 v3; cat v1) >p & dumpsig verify -k server.pub p v3", 2, "",
@@ -111,6 +111,7 @@ TEST_F(DumpsigTest, KeepsErrorsApartFromVerdicts) {
         {"dumpsig verify -k server.pub all >&-", 2, "", "dumpsig: standard output: Bad file descriptor\n"},
         {"dumpsig \"$(printf 'very\nfy')\" v1", 2, "",
          "dumpsig: very; fy is neither a command nor an option\n"},
+        {"dumpsig fingerprint", 2, "", "dumpsig: no key file is given\n"},
         {"dumpsig --version", 0, "dumpsig *.*.*\n", ""},
         {"dumpsig cat --help", 0, "*--key*Exit code: *", ""},
     });
@@ -139,7 +140,8 @@ TEST_F(DumpsigTest, TakesNothingButPublicKeys) {
          "base64\n"
          "echo -----END PUBLIC KEY-----; } >bad; dumpsig fingerprint bad",
          2, "", "dumpsig: bad: holds a damaged block\n"},
-        {"cat ec.pub other.pub >mixed; dumpsig fingerprint mixed", 0, "SHA256:* mixed\n", ""},
+        {"{ openssl ecparam -name prime256v1; cat ec.pub other.pub; } >mixed; dumpsig fingerprint mixed", 0,
+         "SHA256:* mixed\n", ""},
         // Anything in a file that must not be there spoils it, good key or not.
         {"openssl req -x509 -key private.pem -subj /CN=x >cert 2>&-; cat other.pub cert >bad; dumpsig "
          "fingerprint bad",

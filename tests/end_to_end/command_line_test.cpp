@@ -80,11 +80,10 @@ TEST_F(CommandLineTest, LegacySignCopiesAndVerifyUnwraps) {
 
     const std::string envelope = dir.write(
         "e.xml",
-        "<e:Envelope xmlns:e='urn:envelope'><e:Data><e:migration-dump a='\xc3\xa4'><x/></e:migration-dump>"
-        "</e:Data></e:Envelope>");
-    EXPECT_EQ(
-        tool({"verify", envelope}).out,
-        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<migration-dump a=\"\xc3\xa4\"><x/></migration-dump>\n");
+        "<e:Envelope xmlns:e='urn:envelope'><e:Data><e:migration-dump xmlns:k='urn:k' xmlns:e='urn:envelope' "
+        "a='\xc3\xa4'><x/></e:migration-dump></e:Data></e:Envelope>");
+    EXPECT_EQ(tool({"verify", envelope}).out, "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<migration-dump "
+                                              "xmlns:k=\"urn:k\" a=\"\xc3\xa4\"><x/></migration-dump>\n");
     EXPECT_EQ(tool({"verify", dir.write("o.xml", "<other/>")}).out,
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<other/>\n");
     const std::string catalog =

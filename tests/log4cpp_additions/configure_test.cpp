@@ -45,6 +45,7 @@ TEST_F(Configure, EveryTypeWorksAndNobodyElseReadsTheFiles) {
     configure(text);
     testing::internal::CaptureStderr();
     testing::internal::CaptureStdout();
+    log4cpp::Category::getInstance("any").info("older than two files hold");
     log4cpp::Category::getInstance("any").info("first, long line");
     log4cpp::Category::getInstance("any").warn("seen");
     log4cpp::Category::getInstance("any.not").error("only there");
@@ -54,13 +55,15 @@ TEST_F(Configure, EveryTypeWorksAndNobodyElseReadsTheFiles) {
     const std::tuple<const char*, std::string, fs::perms> files[] = {
         {"f.log", "WARN    : seen\n", fs::perms(0640)},
         {"f.log.1", "INFO    : first, long line\n", fs::perms(0640)},
-        {"d.log", "INFO    : first, long line\nWARN    : seen\n", fs::perms(0640)},
+        {"d.log", "INFO    : older than two files hold\nINFO    : first, long line\nWARN    : seen\n",
+         fs::perms(0640)},
         {"n.log", "only there\n", fs::perms(0600)},
     };
     for (const auto& [name, content, mode] : files) {
         EXPECT_EQ(readFile(dir.path(name)), content) << name;
         EXPECT_EQ(fs::status(dir.path(name)).permissions(), mode) << name;
     }
+    EXPECT_FALSE(fs::exists(dir.path("f.log.2")));
 }
 
 /// A file appender to which only its pattern is missing.

@@ -14,7 +14,7 @@ TEST(ColorPatternLayout, FormatsAsTheStockLayoutBesideItsOwnSpecifiers) {
         {"%C%m", 399, "\x1b[33mtext\x1b[0;39m"},
         {"%C%m", 5000, "\x1b[30m\x1b[1mtext\x1b[0;39m"},
         {"a%Cb%Cc%m%n", 600, "a\x1b[37mb\x1b[37mctext\n\x1b[0;39m"}, // one reset at the very end
-        {"%-7p|%6c|%.2m|%%C", 600, "INFO   |   cat|te|%C"},
+        {"%-7p|%6c|%.1m%6m|%%C", 600, "INFO   |   cat|t  text|%C"},
         {"[%P]%m%-12P|%.1P", 600,
          "[" + pid + "]text" + pid + std::string(12 - pid.size(), ' ') + "|" + pid.substr(0, 1)},
         {"%d{%C}", 600, "20"}, // strftime's century

@@ -43,6 +43,11 @@ TEST(SettingsParser, TellsWhereAndWhatItExpected) {
     }
 }
 
+TEST(ProductPaths, AVhostIsBelowTheGivenFolderOrTheConfiguredOne) {
+    EXPECT_EQ(getVhostSubPath("d", "/base"), "/base/d");
+    EXPECT_EQ(getVhostSubPath("d", ""), joinPath(getVhostsDir(), "d"));
+}
+
 TEST(SettingsParser, AWordIsFalseOrTrue) {
     for (const auto& [word, value] : {std::pair("", false),
                                       {"0", false},

@@ -93,8 +93,11 @@ TEST_F(ExecutionLog, MergesAnotherResultFile) {
 }
 
 TEST_F(ExecutionLog, TheStatusCanOnlyRise) {
-    const std::pair<std::vector<int>, std::string> cases[] = {
-        {{}, "error"}, {{10}, "success"}, {{10, 30, 20}, "warnings"}, {{10, 40, 20}, "error"}};
+    const std::pair<std::vector<int>, std::string> cases[] = {{{}, "error"},
+                                                              {{10}, "success"},
+                                                              {{10, 30, 20}, "warnings"},
+                                                              {{10, 40, 20}, "error"},
+                                                              {{10, 25}, "error"}};
     for (const auto& [severities, status] : cases) {
         auto run = std::make_unique<XmlLog>("status.xml");
         for (const int severity : severities) {

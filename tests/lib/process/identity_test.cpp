@@ -24,6 +24,7 @@ TEST(LookUp, FindsNamesAndIdsAndLogsWhatIsUnknown) {
         EXPECT_EQ(log.substr(0, log.find(": ")), line);
     }
     EXPECT_EQ(idOfUser("worker", 0), 54321U);
+    EXPECT_EQ(uidOfUser("nobody-here"), 0U);
     EXPECT_STREQ(userNameOfId(54321), "worker");
     EXPECT_STREQ(userNameOfId(4000000000U), "4000000000");
 }
