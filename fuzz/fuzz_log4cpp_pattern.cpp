@@ -58,7 +58,7 @@ bool isTooWide(std::string_view pattern) {
 /// The stock layout takes the width of a percent sign or a line end, which have none, for that of the next
 /// specifier.
 bool hasStrayWidth(const std::string& pattern) {
-    static const std::regex strayWidth("%[-.0-9]+[%n]");
+    static const std::regex strayWidth("%[-+.0-9\\s]+[%n]");
     return std::regex_search(pattern, strayWidth);
 }
 
