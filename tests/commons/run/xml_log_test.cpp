@@ -68,8 +68,9 @@ TEST_F(ExecutionLog, AnObjectIsTheFirstOfItsNameAndTypeThatIsLeft) {
     xml.RemoveEmptyObject();
     xml.AddMessage(40, Plain("", "3"), path);
     xml.AddMessage(40, Plain("", "4"), {{"o", "Domain"}, {"o", "Domain"}});
+    xml.AddMessage(40, Plain("", "5"), {{"' or @name='o", "Domain"}});
     expectContent(R"(<object name="o" type="Domain">{error:1}{error:3}<object name="o" type="Domain">)"
-                  R"({error:4}</object></object><object name="o" type="Domain">{error:2}</object>)");
+                  R"({error:4}</object>{error:5}</object><object name="o" type="Domain">{error:2}</object>)");
     const XmlErrors quiet;
     for (const std::string name : {"it's", "\x01"}) {
         EXPECT_THROW(xml.AddMessage(Plain("", ""), {{name, ""}}), Error<&tError_XPath_CantEvaluate>);

@@ -33,6 +33,18 @@ TEST(TextUtils, ALongTextIsCut) {
     EXPECT_EQ(truncateLines(std::string(40, '\n')), lines + "\n... (truncated)");
 }
 
+TEST(TextUtils, ACompressionMethodKnowsFiveLevels) {
+    std::string known;
+    for (const int method : {0, 1}) {
+        for (unsigned level = 0; level <= 4; ++level) {
+            known += std::to_string(compressionLevelFor(method, level)) + " ";
+        }
+        EXPECT_THROW(compressionLevelFor(method, 5), std::runtime_error);
+        EXPECT_THROW(compressionLevelFor(3 * method - 1, 0), std::runtime_error);
+    }
+    EXPECT_EQ(known, "0 3 5 7 9 0 3 5 11 19 ");
+}
+
 TEST(TextUtils, TimesAreLocalAndPasswordsHaveEveryClass) {
     const ScopedEnv zone("TZ", "XYZ-5:30");
     tzset();
