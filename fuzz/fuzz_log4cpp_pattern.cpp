@@ -62,9 +62,10 @@ bool hasStrayWidth(const std::string& pattern) {
     return std::regex_search(pattern, strayWidth);
 }
 
-/// The stock layout has 100 bytes for a date with a format, and shows whatever is there when it takes more.
+/// The stock layout has 100 bytes for a date with a format, and shows whatever is there when it takes more:
+/// %l becomes digits in it, which are a width after a percent sign.
 bool hasLongDate(const std::string& pattern) {
-    static const std::regex longDate("d\\{([^}]{9}|[^}]*[0-9])");
+    static const std::regex longDate("d\\{([^}]{9}|[^}]*([0-9]|%%))");
     return std::regex_search(pattern, longDate);
 }
 
