@@ -10,7 +10,7 @@ from dataclasses import dataclass
 IGNORED = re.compile(r'''
     //[^\n]* | /\*.*?\*/ | ^[ \t]*\#(?:[^\n]*\\\n)*[^\n]*
     | R"(\w*)\(.*?\)\1" | "(?:\\.|[^"\\\n])*" | (?<![0-9a-fA-F])'(?:\\.|[^'\\\n])+'
-    | \bstatic_assert\([^;]*; | \)(?:\ const)?\ =\ 0;$''', re.X | re.S | re.M)
+    | \bstatic_assert\([^;]*; | \b__attribute__\(\(.*?\)\)\) | \)(?:\ const)?\ =\ 0;$''', re.X | re.S | re.M)
 DECLARES = re.compile(r"\b(class|struct|union|namespace|extern)\b(?!.*\))", re.S)
 INITIALIZES = re.compile(r"([=,({]|\breturn|[\w>])$")
 CONTROLS = re.compile(r"(\)|\b(else|do|try|const|noexcept|override|mutable)|->\s*[\w:<>*& ]+)$")

@@ -121,11 +121,13 @@ TEST(LowLevelLog, ANewTraceIdIsHandedDownToChildren) {
     const auto child = inChild([] {
         LogInit(nullptr, LOG_WARNING, LOG_USER, LOG_PERROR | kLogTraceId, "tool");
         logWrite(LOG_WARNING, "m");
+        LogInit(nullptr, LOG_WARNING, LOG_USER, LOG_PERROR, "tool");
+        logWrite(LOG_WARNING, "n");
         printf("R%d %s", getpid(), getenv("BRASK_LOG_TRACE_ID"));
     });
     const std::string id = child.out.substr(child.out.find(' ') + 1);
     EXPECT_EQ(child.out, id + " " + id);
-    EXPECT_TRUE(child.err.ends_with("]: " + id + ": m\n")) << child.err;
+    EXPECT_THAT(child.err, MatchesRegex(".*]: " + id + ": m\n.*]: n\n"));
 }
 
 TEST(ErrorExit, AMessageThatCannotBeFormattedStillEndsTheProcessAndCodeZeroDoesNot) {
