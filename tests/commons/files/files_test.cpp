@@ -90,6 +90,8 @@ TEST_F(FileUtils, FilesAndTreesGoFromOneFileSystemToTheOther) {
         parent.write("to/file", "old");
         if (carry != +move) {
             EXPECT_THROW(carry(from, to, false), fs::filesystem_error);
+            carry(from, parent.path("new"), false);
+            EXPECT_EQ(readFile(parent.path("new/file")), "content");
         }
         carry(from, to, true);
         EXPECT_EQ(readFile(to + "/file"), "content");
