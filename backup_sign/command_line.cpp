@@ -61,10 +61,8 @@ CommandLine::CommandLine(int argc, const char* const* argv) : shown(allOptions()
 }
 
 std::pair<std::string, std::string> parseBareCommand(const std::string& token) {
-    if (token == "generate" || token == "sign" || token == "verify") {
-        return {token, {}};
-    }
-    return {};
+    const bool isCommand = token == "generate" || token == "sign" || token == "verify";
+    return {isCommand ? token : "", {}};
 }
 
 std::vector<po::option> parseDeprecatedCommand(std::vector<std::string>& tokens) {

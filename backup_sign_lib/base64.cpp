@@ -34,10 +34,11 @@ unsigned char decoded(char character) {
     return table[static_cast<unsigned char>(character)];
 }
 
+constexpr int kLineWithItsEnd = 72;
+
 /// Stores a character of the text, and the line feed that is due after it. The lines have 71 characters, not
 /// the customary 64 or 76: the signature documents that exist are written so.
 void pushWrapped(ByteBuffer& text, unsigned char character) {
-    constexpr int kLineWithItsEnd = 72;
     byteBufferPush(text, static_cast<char>(character));
     if ((text.count + 1) % kLineWithItsEnd == 0) {
         byteBufferPush(text, '\n');

@@ -36,9 +36,7 @@ bool hashByReading(EVP_MD_CTX* context, const char* path) {
 
 bool hashMapped(EVP_MD_CTX* context, const char* path) {
     const int file = open(path, O_RDONLY | O_CLOEXEC);
-
-    struct stat status {};
-
+    struct stat status = {};
     if (file < 0 || fstat(file, &status) != 0) {
         return false;
     }

@@ -18,8 +18,7 @@ constexpr int kFirstDrawingMs = 200;
 constexpr int kNextDrawingMs = 100;
 
 bool isDeadly(int signal, const sigset_t& heldBefore) {
-    struct sigaction action {};
-
+    struct sigaction action = {};
     sigaction(signal, nullptr, &action);
     return action.sa_handler == SIG_DFL && sigismember(&heldBefore, signal) == 0;
 }

@@ -16,8 +16,7 @@ namespace dumpsig {
 namespace {
 
 struct stat statusOf(const InputFile& file) {
-    struct stat status {};
-
+    struct stat status = {};
     if (fstat(file.descriptor(), &status) != 0) {
         brask::throwSystemError(file.name(), errno);
     }
@@ -33,10 +32,8 @@ void waitForInput(int fd) {
 } // namespace
 
 std::string shownName(const std::string& path) {
-    if (path == kStandardStream) {
-        return "standard input";
-    }
-    return path.empty() ? "\"\"" : path;
+    const std::string name = path.empty() ? "\"\"" : path;
+    return path == kStandardStream ? "standard input" : name;
 }
 
 InputFile::InputFile(const std::string& path)

@@ -27,8 +27,7 @@ std::string nameBeside(const std::string& path) {
 }
 
 void checkPlace(const std::string& path, bool replace) {
-    struct stat status {};
-
+    struct stat status = {};
     if (lstat(path.c_str(), &status) != 0) {
         return; // free, or opening the file beside it tells what is wrong
     }

@@ -69,10 +69,9 @@ std::string factLine(const char* name, const std::optional<T>& value) {
 } // namespace
 
 std::string verdictText(const Verdict& verdict) {
-    if (verdict.judgement != Judgement::kIntact) {
-        return verdict.text + "\n";
-    }
-    return "intact\nsigned with " + verdict.key->fingerprint + " " + oneLine(verdict.key->file) + "\n";
+    return verdict.judgement != Judgement::kIntact
+               ? verdict.text + "\n"
+               : "intact\nsigned with " + verdict.key->fingerprint + " " + oneLine(verdict.key->file) + "\n";
 }
 
 std::string verdictJson(const Verdict& verdict, const std::vector<std::string>& volumes, double seconds,

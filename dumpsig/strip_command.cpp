@@ -34,8 +34,7 @@ std::string stripToStandardOutput(const CommandLine& call, const Volumes& volume
 }
 
 std::string stripToFile(const CommandLine& call, const Volumes& volumes) {
-    struct stat place {};
-
+    struct stat place = {};
     if (stat(call.output.value().c_str(), &place) == 0) {
         refuseVolumeAsOutput(volumes, place);
     }

@@ -13,8 +13,7 @@ namespace dumpsig {
 namespace {
 
 struct stat statusOf(const Volume& volume) {
-    struct stat status {};
-
+    struct stat status = {};
     const int result =
         volume.isStandardInput ? fstat(STDIN_FILENO, &status) : stat(volume.path.c_str(), &status);
     if (result != 0) {
@@ -71,8 +70,7 @@ void refuseVolumeAsOutput(const Volumes& volumes, const struct stat& output) {
 }
 
 void refuseVolumeAsStandardOutput(const Volumes& volumes) {
-    struct stat output {};
-
+    struct stat output = {};
     if (fstat(STDOUT_FILENO, &output) == 0) {
         refuseVolumeAsOutput(volumes, output);
     }

@@ -184,11 +184,8 @@ bool writesTo(const OpenLog& openLog, const AppenderProperties& properties) {
     if (openLog.fileName.empty() || fileName.empty()) {
         return false;
     }
-
-    struct stat named {};
-
-    struct stat held {};
-
+    struct stat named = {};
+    struct stat held = {};
     return fileName == openLog.fileName ||
            (stat(fileName.c_str(), &named) == 0 && fstat(openLog.descriptor, &held) == 0 &&
             named.st_dev == held.st_dev && named.st_ino == held.st_ino);

@@ -14,8 +14,7 @@ namespace {
 
 /// Best effort: an ordinary user can't give every group away.
 void copyAccess(int from, int to) {
-    struct stat info {};
-
+    struct stat info = {};
     if (fstat(from, &info) == 0) {
         [[maybe_unused]] const int ignored = fchown(to, static_cast<uid_t>(-1), info.st_gid);
         fchmod(to, info.st_mode & 0777);

@@ -95,8 +95,8 @@ public:
     const char* GetText() const override { return message.c_str(); }
 
     /// OnName, OnSeverity, OnMessage.
+    // The qualified call reaches the tag name, which the override of what() hides.
     void Accept(ExInfoVisitor& visitor) const override {
-        // The qualified call reaches the tag name, which the override of what() hides.
         visitor.OnName(std::runtime_error::what());
         visitor.OnSeverity(GetSeverity());
         visitor.OnMessage(GetText());

@@ -19,8 +19,7 @@ namespace {
 
 /// Cuts `path` at its last slash for the time of the step on its parent.
 void makeDirStep(char* path, uid_t uid, gid_t gid, mode_t mode) {
-    struct stat found {};
-
+    struct stat found = {};
     if (stat(path, &found) == 0 || errno != ENOENT) {
         return;
     }
@@ -106,8 +105,7 @@ bool streamEquals(std::istream& stream, const std::string& expected) {
 }
 
 struct stat statFile(const std::string& path) {
-    struct stat result {};
-
+    struct stat result = {};
     if (stat(path.c_str(), &result) != 0) {
         throwErrno(fmtlib::format("Failed to stat the file '{}'", path));
     }

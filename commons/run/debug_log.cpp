@@ -23,9 +23,9 @@ void write(log4cpp::Priority::Value priority, const std::string& text) {
     category->log(priority, text);
 }
 
+/// By reference: the appender stays log4cpp's own.
 void attachCustomLog() {
     if (log4cpp::Appender* customLog = log4cpp::Appender::getAppender("CUSTOMLOG")) {
-        // By reference: the appender stays log4cpp's own.
         log4cpp::Category::getRoot().addAppender(*customLog);
     }
 }

@@ -28,9 +28,7 @@ int makeFile(const std::string& path) {
 int openFile(const std::string& path) {
     // A pipe that nobody reads must not hold the run up.
     const int fd = open(path.c_str(), kFlags | O_NONBLOCK | O_NOCTTY);
-
-    struct stat info {};
-
+    struct stat info = {};
     const int result = fd != -1 ? fstat(fd, &info) : lstat(path.c_str(), &info);
     if (result == 0 && !S_ISREG(info.st_mode)) {
         close(fd);
@@ -56,10 +54,8 @@ SessionLogFile::~SessionLogFile() {
 }
 
 bool SessionLogFile::isUnusedAndOurs() const {
-    struct stat open {};
-
-    struct stat named {};
-
+    struct stat open = {};
+    struct stat named = {};
     return fstat(fd, &open) == 0 && lstat(path.c_str(), &named) == 0 && open.st_size == 0 &&
            open.st_dev == named.st_dev && open.st_ino == named.st_ino;
 }

@@ -27,9 +27,7 @@ std::string readRegularFile(const std::string& path) {
     if (!file.isOpen() && errno == ENOENT) {
         throw Failure("No key pair is stored as " + path);
     }
-
-    struct stat status {};
-
+    struct stat status = {};
     if (!file.isOpen() || fstat(file.get(), &status) != 0) {
         failSystemCall("open " + path);
     }
@@ -41,8 +39,7 @@ std::string readRegularFile(const std::string& path) {
 
 /// Copies what the link `currentName` leads to. False if it can't be read, or is too long to be a pair.
 bool copyCurrent(const Folder& folder) {
-    struct stat status {};
-
+    struct stat status = {};
     try {
         const std::string content = readRegularFile(folder.pathOf(currentName));
         if (content.size() > KeyPair::maxSize || fstatat(folder.get(), currentName, &status, 0) != 0) {
@@ -70,8 +67,7 @@ void linkIntoArchive(const Folder& folder, const char* name) {
 /// it is. Only a link's target is copied, as it is beyond the store's reach, and the link itself kept where
 /// that fails.
 void archiveCurrent(const Folder& folder) {
-    struct stat status {};
-
+    struct stat status = {};
     if (fstatat(folder.get(), currentName, &status, AT_SYMLINK_NOFOLLOW) != 0) {
         if (errno == ENOENT) {
             return;
@@ -94,8 +90,7 @@ void removeTemporaries(const Folder& folder) {
 
 /// When the file, or else the link that leads nowhere, was written.
 time_t writeTime(const std::string& path) {
-    struct stat status {};
-
+    struct stat status = {};
     if (stat(path.c_str(), &status) != 0 && lstat(path.c_str(), &status) != 0) {
         failSystemCall("look at " + path);
     }

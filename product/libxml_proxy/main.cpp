@@ -100,9 +100,7 @@ Files parseArguments(int argc, const char* const* argv) {
 /// The open file, which the process keeps to its end.
 int openFile(const std::string& path) {
     const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-
-    struct stat status {};
-
+    struct stat status = {};
     return fd >= 0 && fstat(fd, &status) == 0 && S_ISREG(status.st_mode) ? fd : -1;
 }
 

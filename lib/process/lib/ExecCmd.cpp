@@ -14,10 +14,8 @@ namespace {
 
 /// A labelled value that ends in one line feed, or nothing for an empty value.
 std::string block(const char* label, const std::string& value) {
-    if (value.empty()) {
-        return {};
-    }
-    return (boost::format("%1% is\n%2%%3%") % label % value % (value.ends_with('\n') ? "" : "\n")).str();
+    const char* const end = value.ends_with('\n') ? "" : "\n";
+    return value.empty() ? "" : (boost::format("%1% is\n%2%%3%") % label % value % end).str();
 }
 
 std::string accountOfOutput(const std::string& stream, const std::string& data) {
@@ -87,8 +85,8 @@ int ExecCmd::execute() {
     return status;
 }
 
+// The position is a fixed one: it belongs to the text that readers of the logs know this failure by.
 void ExecCmd::reportError() const {
-    // The position is a fixed one: it belongs to the text that readers of the logs know this failure by.
     throw ExFailed("void brask::ExecCmd::reportError() const", "lib/process/lib/ExecCmd", 76) % toString() %
         status % block("Stdin", stdinData) % block("Stdout", stdoutData) % block("Stderr", stderrData) %
         block("Last error", lastError);

@@ -78,7 +78,7 @@ TEST_F(Spawn, GivesTheExitCodeOrMinusOneAndAddsToTheOutput) {
 
 TEST_F(Spawn, SignalsThatInterruptTheTalkOrTheWaitChangeNothing) {
     const auto caller = inChild([this] {
-        struct sigaction interrupting {};
+        struct sigaction interrupting = {};
         interrupting.sa_handler = [](int) {};
         sigaction(SIGALRM, &interrupting, nullptr);
         const itimerval often{{0, 10'000}, {0, 10'000}};
