@@ -1,6 +1,6 @@
 #pragma once
 
-// The utilities that utils.h does not hold: guarded calls, the locale, times and random texts.
+// Guarded calls and the locale, which utils.h does not hold, and the text utilities.
 
 #include "commons/log/log_facade.h"
 #include "commons/run/locale_check.h"
