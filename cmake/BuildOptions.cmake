@@ -58,6 +58,6 @@ if(BRASK_COVERAGE)
   add_link_options(--coverage)
   # Children that end by _exit have counted, too.
   add_library(brask_coverage STATIC cmake/coverage_exit.cpp)
-  target_link_options(brask_coverage INTERFACE -Wl,--wrap=_exit)
+  target_link_options(brask_coverage INTERFACE -Wl,--wrap=_exit,--undefined=__wrap__exit)
   target_link_libraries(brask_options INTERFACE brask_coverage)
 endif()

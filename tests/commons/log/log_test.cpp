@@ -20,6 +20,15 @@ TEST_F(LogTest, FiltersByTheLevelAndNeverFailsOverAText) {
     EXPECT_THAT(log.lines, ElementsAre(StartsWith("NoParentNode "), "1 of x", HasSubstr(": {} of {}")));
 }
 
+TEST(LogLevel, HasASeverityAndTheOtherWayRound) {
+    for (const auto& [level, severity] : {std::pair{0, 40}, {1, 30}, {2, 20}}) {
+        EXPECT_EQ(severityOfLevel(level), severity);
+        EXPECT_EQ(levelOfSeverity(severity), level);
+    }
+    EXPECT_EQ(severityOfLevel(3), 20);
+    EXPECT_EQ(levelOfSeverity(10), 3);
+}
+
 TEST_F(LogTest, AGuardedCallLogsEveryKindOfFailureAndSwallowsIt) {
     struct BoostOnly : virtual boost::exception {};
 

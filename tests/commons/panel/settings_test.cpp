@@ -29,6 +29,7 @@ TEST(SettingsParser, ReadsEveryFormOfTheSyntax) {
         }
         EXPECT_EQ(parser.parse(text), all) << text;
     }
+    EXPECT_EQ(settingsToString({{"a.b", "1"}, {"c", "d=e"}}), "a.b=1\nc=d=e");
 }
 
 TEST(SettingsParser, TellsWhereAndWhatItExpected) {
@@ -43,9 +44,40 @@ TEST(SettingsParser, TellsWhereAndWhatItExpected) {
     }
 }
 
-TEST(ProductPaths, AVhostIsBelowTheGivenFolderOrTheConfiguredOne) {
-    EXPECT_EQ(getVhostSubPath("d", "/base"), "/base/d");
-    EXPECT_EQ(getVhostSubPath("d", ""), joinPath(getVhostsDir(), "d"));
+// What the panel's other tools know by heart. The root ends in a slash, so that joining and concatenation
+// differ.
+TEST(ProductPaths, AreThoseOfTheDataFile) {
+    const FixedParams params{{{"PRODUCT_ROOT_D", "/p/"}}};
+#define PATH(call) std::string(#call " = ") + (call) + "\n"
+    const std::string paths =
+        PATH(getAdminBinPath("n")) + PATH(getAdminConfDir()) + PATH(getAdminSbinPath("n")) +
+        PATH(getAgentsDir()) + PATH(getApacheRestartLock()) + PATH(getApiCliScript("n")) +
+        PATH(getApsPackagesDir()) + PATH(getBackupScript("n")) + PATH(getBmmConfigFile()) +
+        PATH(getBmmDir()) + PATH(getBmmFile("n")) + PATH(getBmmLogDir()) + PATH(getBmmTmpDir()) +
+        PATH(getBraskXsdFile()) + PATH(getChrootShellPath()) + PATH(getCorrectAwStatisticsScript()) +
+        PATH(getCustomTemplatesDir()) + PATH(getCustomizationsFile()) + PATH(getDumpingStatusFile("n")) +
+        PATH(getEngineRunCommand().at(0)) + PATH(getHealthConfigFile()) + PATH(getInitDir()) +
+        PATH(getLibxmlProxyPath()) + PATH(getLockDir()) + PATH(getMailmanArchPath()) +
+        PATH(getMailmanVarDir()) + PATH(getMailnamesDir()) + PATH(getMb2mdScript()) + PATH(getMchkPath()) +
+        PATH(getModuleVarPath("n")) + PATH(getMysqlBinDir()) + PATH(getPgsqlBinDir()) +
+        PATH(getProductLibDir()) + PATH(getProductRootDir()) + PATH(getQaStatusFile()) +
+        PATH(getRestoreSpecificationXsdFile()) + PATH(getSaConvertScript()) + PATH(getSiteIsolationFile()) +
+        PATH(getSubPath("a", "b")) + PATH(getTestMetaFile()) + PATH(getVarDir()) +
+        PATH(getVhostSubPath("n", "")) + PATH(getVhostSubPath("n", "/base")) + PATH(getVhostsDir());
+#undef PATH
+    EXPECT_EQ(paths, readFile(SOURCE_FOLDER "/tests/data/product_paths.txt"));
+}
+
+TEST(SettingsParser, ANumberFitsItsType) {
+    const SettingsMap values{{"s.k", "4294967295"}, {"s.big", "18446744073709551615"}};
+    EXPECT_EQ(getSetting(values, "s", "k", 1U), 4294967295U);
+    EXPECT_EQ(getSetting(values, "s", "k", 1L), 4294967295L);
+    EXPECT_EQ(getSetting(values, "s", "k", 1LL), 4294967295LL);
+    EXPECT_EQ(getSetting(values, "s", "big", 1UL), 18446744073709551615UL);
+    EXPECT_EQ(getSetting(values, "s", "big", 1ULL), 18446744073709551615ULL);
+    EXPECT_THROW(getSetting(values, "s", "big", 1U), std::out_of_range);
+    EXPECT_THROW(getSetting(values, "s", "k", 1), std::out_of_range);
+    EXPECT_EQ(getSetting(values, "s", "none", 7), 7);
 }
 
 TEST(SettingsParser, AWordIsFalseOrTrue) {
@@ -101,14 +133,11 @@ TEST(ShippedSettingsFile, ListsEveryValueAtItsDefaultAndSetsNone) {
               SettingsParser().parse("[bmm]\n" + describe({})));
 }
 
-TEST(ProductPaths, HaveOneSlashAtEachJointExceptWhereTheyAreConcatenated) {
+TEST(ProductPaths, HaveOneSlashAtEachJoint) {
     const char* const cases[][3] = {{"/a/", "/b", "/a/b"}, {"a", "b", "a/b"}, {"", "b", "b"}, {"a", "", "a"}};
     for (const auto& [a, b, joined] : cases) {
         EXPECT_EQ(joinPath(a, b), joined);
     }
-    const FixedParams params(FixedParams::Values{{"PRODUCT_ROOT_D", "/p/"}});
-    EXPECT_EQ(getBmmConfigFile(), "/p/BMM/log4cpp.properties");
-    EXPECT_EQ(getLibxmlProxyPath(), "/p//admin/sbin/libxml-proxy");
 }
 
 TEST(ParamFromBSAStrategy, KnowsTheAccountAndWhatItsTableHas) {

@@ -160,7 +160,14 @@ TEST_F(Session, ANewDirectoryItsParentsAndItsLogBelongToTheAdministrators) {
     const SessionLifetimeController controller(dir.path("a/b/"));
     SessionLogFile(session->getLogFile()).keep();
     umask(before);
-    EXPECT_EQ(session->getTaskStoppedFile(), dir.path("a/b/task_stopped"));
+    std::string files;
+    for (const std::string& path : {session->getLogFile(), session->getResultFile(), session->getStatusFile(),
+                                    session->getAgentDeploymentStatusFile(), session->getDumpFile(),
+                                    session->getRestoreFile(), session->getTaskStoppedFile()}) {
+        files += path.substr(dir.path("a/b").size());
+    }
+    EXPECT_EQ(files, "/migration.log/migration.result/migration.status/agent-deployment.status/dump.xml"
+                     "/restore.xml/task_stopped");
     EXPECT_EQ(owner(dir.path("a")), group + " 750");
     EXPECT_EQ(owner(dir.path("a/b")), group + " 750");
     EXPECT_EQ(owner(dir.path("a/b/migration.log")), group + " 640");

@@ -78,6 +78,12 @@ TEST(ShellEscape, MarksWhatAShellWouldTakeForItsOwnAndLeavesTheRest) {
         EXPECT_EQ(isSafeWord(all.c_str() + byte - 1), escapeForShell(all.substr(byte - 1)).size() == 1)
             << byte;
     }
+    const char* const words[] = {"a-b", "a b"};
+    EXPECT_NO_THROW(checkEscapeChars(words));
+    EXPECT_THROW(checkEscapeChars(words + 1), std::runtime_error);
+    const std::shared_ptr<char> escaped(backslashEscape("a-", "banana-"), std::free);
+    EXPECT_STREQ(escaped.get(), "b\\an\\an\\a\\-");
+    EXPECT_EQ(backslashEscape(nullptr, ""), nullptr);
     for (const std::string& word : {escapeForShell(all), shellQuote(all)}) {
         EXPECT_EQ(runProgram({"/bin/sh", "-c", "printf %s x" + word}).out, "x" + all);
     }

@@ -76,6 +76,16 @@ TEST_F(Spawn, GivesTheExitCodeOrMinusOneAndAddsToTheOutput) {
     }
 }
 
+TEST_F(Spawn, TheShorterFormsLeaveOutWhatTheyDoNotName) {
+    std::string script = "echo $0 $V; echo e >&2; exit 5";
+    EXPECT_EQ(forkExecvGetOutErr(output, error, "sh", shell(script), "", false, {{"V", "v"}}), 5);
+    EXPECT_EQ(forkExecvGetOutErr(output, error, "sh", shell(script)), 5);
+    EXPECT_EQ(forkExecvGetOutErr(output, "sh", shell(script)), 5);
+    EXPECT_EQ(forkExecvGetOutErr(output, error, {"sh", "-c", script}), 5);
+    EXPECT_EQ(output, "sh v\nsh\nsh\nsh\n");
+    EXPECT_EQ(error, "e\ne\ne\n");
+}
+
 TEST_F(Spawn, SignalsThatInterruptTheTalkOrTheWaitChangeNothing) {
     const auto caller = inChild([this] {
         struct sigaction interrupting = {};
@@ -155,7 +165,7 @@ TEST_F(Spawn, TheChildInheritsNoDescriptorAboveTwo) {
                 dup2(STDOUT_FILENO, 10 + i);
             }
             // What /proc shows of a process whose memory is private is root's.
-            [[maybe_unused]] const int refused = setuid(65534);
+            [[maybe_unused]] const int refused = open == 5 ? setuid(65534) : 0;
             prctl(PR_SET_DUMPABLE, 0);
             if (!hasCloseRange) {
                 loseCloseRange();
