@@ -37,6 +37,8 @@ TEST_F(Configure, EveryTypeWorksAndNobodyElseReadsTheFiles) {
         "appender.F.maxFileSize=20\r\nappender.F.layout=SimpleLayout\r\n"
         "category.any.not=ERROR,N\nadditivity.any.not=false\nappender.N=FileAppender\n"
         "appender.N.fileName=${DIR}/n.log\nappender.N.append=false\nappender.N.layout=PatternLayout\n"
+        "appender.L=LocalSyslogAppender\nappender.R=SyslogAppender\nappender.A=AbortAppender\n"
+        "appender.L.layout=BasicLayout\nappender.R.layout=BasicLayout\n"
         "appender.D=DailyRollingFileAppender\nappender.D.fileName=${DIR}/"
         "d.log\nappender.D.layout=SimpleLayout\n";
     dir.write("n.log", "old");

@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
+#include <utime.h>
 
 namespace {
 
@@ -50,6 +51,19 @@ TEST_F(FileUtils, NewDirectoriesHaveOneModeAndCopiesAllBytes) {
     copyData(from, to);
     EXPECT_EQ(readFile(dir.path("to")), content);
     EXPECT_THROW(copyData(to, from), std::system_error);
+}
+
+TEST_F(FileUtils, AStreamIsComparedFromItsStartAndAFileSystemHasRoom) {
+    std::istringstream stream("begin and end");
+    stream.ignore(100);
+    EXPECT_TRUE(streamEquals(stream, "begin") && streamEquals(stream, ""));
+    EXPECT_FALSE(streamEquals(stream, "end") || streamEquals(stream, "begin and end."));
+    EXPECT_GT(getFreeSpace(dir.path()), 0U);
+    EXPECT_THROW(getFreeSpace(dir.path("none")), Error<&CantStatFS>);
+    const utimbuf times{0, 86400};
+    utime(dir.write("old", "").c_str(), &times);
+    EXPECT_EQ(getModificationTime(dir.path("old")), 86400);
+    EXPECT_THROW(getModificationTime(dir.path("none")), std::system_error);
 }
 
 TEST_F(FileUtils, GuardsRemoveWhatTheyOwnAndLogWhatTheyCannot) {

@@ -87,6 +87,8 @@ TEST_F(Xml, IsBuiltWithItsCharactersUnchanged) {
     doc.setAttribute(child, "k", "<\"&");
     doc.addTextChild(doc.root_, "text", "a < b");
     doc.addCData(doc.root_, "<");
+    EXPECT_EQ(doc.getAttribute(child, "k") + doc.getText(doc.root_), "<\"&<");
+    EXPECT_THROW(doc.getAttribute(child, "none"), Error<&NoSuchAttribute>);
     EXPECT_EQ(dump(doc), "<root><child k=\"&lt;&quot;&amp;\"/><text>a &lt; b</text><![CDATA[<]]></root>\n");
     tXmlBmmDocument copy(child);
     EXPECT_EQ(dump(copy), "<child k=\"&lt;&quot;&amp;\"/>\n");

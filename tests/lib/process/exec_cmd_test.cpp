@@ -63,6 +63,8 @@ TEST(ExecCmd, ExceptionsPassRunAndStopAtExec) {
 TEST(ExecCmd, AMissingProgramIsStatusOneWithTheReason) {
     ExecCmd cmd("/nonexistent/tool");
     EXPECT_EQ(cmd.exec(), 1);
+    EXPECT_THAT(cmd.describeResult(),
+                MatchesRegex("The return code was 1.*STDOUT.*No such.*STDERR.*No such.*"));
     EXPECT_THAT(cmd.stderrData, HasSubstr(": forkExecvPipes: execv() failed: No such file or directory\n"));
     EXPECT_THAT(cmd.stdoutData, EndsWith(cmd.stderrData));
 }
