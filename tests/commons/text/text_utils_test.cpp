@@ -51,6 +51,12 @@ TEST(TextUtils, TimesAreLocalAndPasswordsHaveEveryClass) {
     EXPECT_EQ(formatTimestamp(std::chrono::system_clock::from_time_t(1709231399)), "20240229T235959");
     EXPECT_NE(randomName(), randomName());
     const std::string password = randomPassword(4);
+    std::string firsts;
+    while (firsts.size() < 100) {
+        firsts += randomPassword(4)[0];
+    }
+    EXPECT_NE(firsts.find_first_not_of("0123456789"), std::string::npos)
+        << "the classes come in random order";
     for (const char* set : {"[0-9]", "[A-Z]", "[a-z]", R"([~!@#$;%^&()\-_+=,.{}[\]])"}) {
         EXPECT_TRUE(std::regex_search(password, std::regex(set))) << password << " lacks " << set;
     }

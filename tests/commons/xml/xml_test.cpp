@@ -81,7 +81,7 @@ TEST_F(Xml, NothingButTheDocumentItselfIsLoaded) {
 
 TEST_F(Xml, IsBuiltWithItsCharactersUnchanged) {
     tXmlBmmDocument doc;
-    doc.initNewDoc("root");
+    EXPECT_EQ(doc.initNewDoc("root"), 1);
     xmlNode* const child = doc.addChild(doc.root_, "child");
     doc.setAttribute(child, "k", "first");
     doc.setAttribute(child, "k", "<\"&");

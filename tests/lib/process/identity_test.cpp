@@ -22,7 +22,6 @@ TEST(LookUp, FindsNamesAndIdsAndLogsWhatIsUnknown) {
         EXPECT_EQ(groupId(nameOrId), gid) << line;
         const std::string log = testing::internal::GetCapturedStderr();
         EXPECT_EQ(log.substr(0, log.find(": ")), line);
-        EXPECT_EQ(log.find("Success"), std::string::npos) << log;
     }
     EXPECT_EQ(idOfUser("worker", 0), 54321U);
     EXPECT_EQ(uidOfUser("nobody-here"), 0U);
