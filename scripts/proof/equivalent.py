@@ -7,6 +7,8 @@ REASONS = [
      "!reading && room() >= kBatch -> !(!reading && room() >= kBatch)", "whether the thread reads on or the caller does"),
     ("dumpsig/read_ahead.cpp", "if (!reading && room() >= kBatch) {",
      "! -> ", "whether the thread reads on or the caller does"),
+    ("dumpsig/attendant.cpp", "{{.fd = signals, .events = POLLIN, .revents = 0}, {.fd = end, .events = POLLIN, .revents = 0}}};",
+     "0 -> (0 - 1)", "poll sets them"),
     ("dumpsig/volume.h", "bool isStandardInput = false;",
      "false -> true", "whoever makes a volume says it"),
     ("backup_sign_lib/rsa_keys.cpp", "if (length == 0 || *hex == '-' || BN_hex2bn(&number, hex) != length) {",

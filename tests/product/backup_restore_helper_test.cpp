@@ -118,6 +118,8 @@ TEST_F(BackupRestoreHelper, EachRefusalIsOneLineAndKeepsTheOldPair) {
         {"$h " + kSet, kPublic + kPrivate.substr(0, 50), "holds no whole private key"},
         {"trap '' XFSZ; ulimit -f 1; $h " + kSet, pairOf('n'), "pair.pem.new: File too large"},
         {"mv lock l; ln -s ../made lock; $h " + kSet + "; s=$?; mv l lock; exit $s", kPair, "Can't lock"},
+        {"mv ../../admin/htdocs ../h; $h " + kPublish + "; s=$?; mv ../h ../../admin/htdocs; exit $s", "",
+         "Can't open .*htdocs.*: No such"},
         {"$h", pairOf('n'), "An argument is needed"},
         {"$h --set", pairOf('n'), "Unknown argument --set"},
         {"$h " + kGet + " " + kSet, pairOf('n'), "takes no argument"},

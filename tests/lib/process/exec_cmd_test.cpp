@@ -62,7 +62,9 @@ TEST(ExecCmd, ExceptionsPassRunAndStopAtExec) {
 
 TEST(ExecCmd, AMissingProgramIsStatusOneWithTheReason) {
     ExecCmd cmd("/nonexistent/tool");
+    EXPECT_TRUE(!cmd.started && !cmd.finished && cmd.errnoValue == 0);
     EXPECT_EQ(cmd.exec(), 1);
+    EXPECT_TRUE(cmd.started && cmd.finished);
     EXPECT_THAT(cmd.describeResult(),
                 MatchesRegex("The return code was 1.*STDOUT.*No such.*STDERR.*No such.*"));
     EXPECT_THAT(cmd.stderrData, HasSubstr(": forkExecvPipes: execv() failed: No such file or directory\n"));
