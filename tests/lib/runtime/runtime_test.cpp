@@ -120,6 +120,7 @@ TEST(LowLevelLog, ANewTraceIdIsHandedDownToChildren) {
     const ScopedEnv none("BRASK_LOG_TRACE_ID", std::nullopt);
     const auto child = inChild([] {
         LogInit(nullptr, LOG_WARNING, LOG_USER, LOG_PERROR | kLogTraceId, "tool");
+        logWrite(LOG_INFO, "above the threshold");
         logWrite(LOG_WARNING, "m");
         LogInit(nullptr, LOG_WARNING, LOG_USER, LOG_PERROR, "tool");
         logWrite(LOG_WARNING, "n");
@@ -127,7 +128,7 @@ TEST(LowLevelLog, ANewTraceIdIsHandedDownToChildren) {
     });
     const std::string id = child.out.substr(child.out.find(' ') + 1);
     EXPECT_EQ(child.out, id + " " + id);
-    EXPECT_THAT(child.err, MatchesRegex(".*]: " + id + ": m\n.*]: n\n"));
+    EXPECT_THAT(child.err, MatchesRegex("[^\n]*]: " + id + ": m\n[^\n]*]: n\n"));
 }
 
 TEST(ErrorExit, AMessageThatCannotBeFormattedStillEndsTheProcessAndCodeZeroDoesNot) {
