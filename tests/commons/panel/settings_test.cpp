@@ -51,13 +51,12 @@ TEST(ProductPaths, AreThoseOfTheDataFile) {
 #define PATH(call) std::string(#call " = ") + (call) + "\n"
     const std::string paths =
         PATH(getAdminBinPath("n")) + PATH(getAdminConfDir()) + PATH(getAdminSbinPath("n")) +
-        PATH(getAgentsDir()) + PATH(getApacheRestartLock()) + PATH(getApiCliScript("n")) +
-        PATH(getApsPackagesDir()) + PATH(getBackupScript("n")) + PATH(getBmmConfigFile()) +
-        PATH(getBmmDir()) + PATH(getBmmFile("n")) + PATH(getBmmLogDir()) + PATH(getBmmTmpDir()) +
-        PATH(getBraskXsdFile()) + PATH(getChrootShellPath()) + PATH(getCorrectAwStatisticsScript()) +
-        PATH(getCustomTemplatesDir()) + PATH(getCustomizationsFile()) + PATH(getDumpingStatusFile("n")) +
-        PATH(getEngineRunCommand().at(0)) + PATH(getHealthConfigFile()) + PATH(getInitDir()) +
-        PATH(getLibxmlProxyPath()) + PATH(getLockDir()) + PATH(getMailmanArchPath()) +
+        PATH(getApacheRestartLock()) + PATH(getApiCliScript("n")) + PATH(getApsPackagesDir()) +
+        PATH(getBackupScript("n")) + PATH(getBmmConfigFile()) + PATH(getBmmDir()) + PATH(getBmmFile("n")) +
+        PATH(getBmmLogDir()) + PATH(getBmmTmpDir()) + PATH(getBraskXsdFile()) + PATH(getChrootShellPath()) +
+        PATH(getCorrectAwStatisticsScript()) + PATH(getCustomTemplatesDir()) + PATH(getCustomizationsFile()) +
+        PATH(getDumpingStatusFile("n")) + PATH(getEngineRunCommand().at(0)) + PATH(getHealthConfigFile()) +
+        PATH(getInitDir()) + PATH(getLibxmlProxyPath()) + PATH(getLockDir()) + PATH(getMailmanArchPath()) +
         PATH(getMailmanVarDir()) + PATH(getMailnamesDir()) + PATH(getMb2mdScript()) + PATH(getMchkPath()) +
         PATH(getModuleVarPath("n")) + PATH(getMysqlBinDir()) + PATH(getPgsqlBinDir()) +
         PATH(getProductLibDir()) + PATH(getProductRootDir()) + PATH(getQaStatusFile()) +
