@@ -13,7 +13,6 @@
 
 namespace {
 
-using namespace brask;
 using namespace test_support;
 
 template <class... Tags>

@@ -6,7 +6,6 @@
 
 namespace {
 
-using namespace brask;
 using namespace test_support;
 
 TEST(BackupSign, ANewPairServesTheWholeProcessAndValidityIsAskedWithoutErrors) {
@@ -14,7 +13,7 @@ TEST(BackupSign, ANewPairServesTheWholeProcessAndValidityIsAskedWithoutErrors) {
     const FixedParams params{{{"PRODUCT_ROOT_D", root.path()}}};
     const auto setHelper = [&root](const std::string& script) {
         const std::string path = root.write("admin/bin/backup_restore_helper", "#!/bin/sh\n" + script);
-        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+        fs::permissions(path, fs::perms::owner_all);
     };
     const std::string note = "echo ${1%-backup*} >>" + root.path("calls") + "\n";
     BackupSign sign;

@@ -7,7 +7,6 @@
 
 namespace {
 
-using namespace brask;
 using namespace test_support;
 
 /// Reads the whole stream in blocks of `block` bytes, each of them full but the last.
@@ -54,7 +53,7 @@ TEST(DumpStream, IsTheConcatenationWithTheLastVolumeCutAtTheLimit) {
 TEST(DumpStream, VolumesThatCannotBeReadAreNamedOrEndTheStreamQuietly) {
     const TempDir dir;
     const std::string file = dir.write("file", "abc");
-    std::filesystem::create_symlink("file", dir.path("good"));
+    fs::create_symlink("file", dir.path("good"));
     EXPECT_NO_THROW(checkFilesExistance({file, dir.path("good")}));
     EXPECT_THROW(checkFilesExistance({file, "/dev/null", "never looked at"}), Error<&IsNotRegularFileError>);
     const std::string missing = dir.path("missing");

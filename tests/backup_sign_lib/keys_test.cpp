@@ -6,7 +6,6 @@
 
 namespace {
 
-using namespace brask;
 using namespace test_support;
 
 std::string decode(const std::string& text) {

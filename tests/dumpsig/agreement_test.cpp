@@ -2,7 +2,6 @@
 #include "tests/end_to_end/tool_fixture.h"
 
 #include <boost/algorithm/string/replace.hpp>
-#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <future>
@@ -11,8 +10,16 @@
 
 namespace {
 
-using end_to_end::Outcome;
-using Volumes = std::vector<std::string>;
+using namespace end_to_end;
+using Texts = std::vector<std::string>;
+
+const Texts kInsertions =
+    split(std::string(1, '\0') + "|\n|<Signature xmlns=|<!-- -->|</a>|&amp;|&x;|<?x?>|=|"
+                                 "*|\xff|\x1b| |A|]]>|<n:b xmlns:n='u'/>");
+/// What is replaced, each with its replacement after it.
+const Texts kEdits =
+    split("DigestValue>|OtherValue>|Exponent>|x>|</Signature>||SignedInfo>|Signed>|xmldsig#\">|xmldsig\">|\n|"
+          "\r\n|=<|<|<SignatureValue>|<SignatureValue>A|Modulus>|N>|bsabackup|&lt;");
 
 /// Dumps of all kinds, the same ones for the same seed: whole and damaged in whatever way.
 class DumpMaker {
@@ -20,20 +27,17 @@ public:
     DumpMaker(unsigned seed, std::string privateKey, std::string publicKey)
         : random(seed), privateKey(std::move(privateKey)), publicKey(std::move(publicKey)) {}
 
-    Volumes make(const std::string& folder) {
+    Texts make(const std::string& folder) {
         // The library that signs is for one thread.
         static std::mutex mutex;
         const std::scoped_lock lock(mutex);
-        Volumes volumes;
-        for (int count = between(1, 3); count > 0; --count) {
+        Texts volumes;
+        for (std::size_t count = 1 + upTo(2); count > 0; --count) {
             volumes.push_back(folder + "/" + std::to_string(count));
             // A last volume that is empty when it is signed is where the two programs differ.
-            save(volumes.back(), bytes(between(count == 1 ? 1 : 0, oneIn(20) ? 600'000 : 5'000)));
+            save(volumes.back(), bytes((count == 1 ? 1 : 0) + upTo(oneIn(20) ? 600'000 : 5'000)));
         }
-        if (!oneIn(12)) {
-            brask::signDumpFile(volumes, privateKey, publicKey);
-        }
-        if (oneIn(10)) {
+        for (int signatures = oneIn(12) ? 0 : oneIn(10) ? 2 : 1; signatures > 0; --signatures) {
             brask::signDumpFile(volumes, privateKey, publicKey);
         }
         if (!oneIn(4)) {
@@ -43,67 +47,35 @@ public:
     }
 
 private:
-    void damage(Volumes& volumes) {
-        std::string& path =
-            oneIn(3) ? volumes[between(0, static_cast<int>(volumes.size()) - 1)] : volumes.back();
-        std::string content = test_support::readFile(path);
-        const auto place = [&] {
-            return static_cast<std::size_t>(between(0, static_cast<int>(content.size())));
-        };
+    void damage(Texts& volumes) {
+        const std::string path = oneIn(3) ? volumes[upTo(volumes.size() - 1)] : volumes.back();
+        std::string content = readFile(path);
         // Most of the time in or near the document.
         const std::size_t size = content.size();
-        const std::size_t late = oneIn(3) ? place() : size - std::min<std::size_t>(size, between(0, 1300));
-        static const Volumes texts{"\n",
-                                   std::string(1, '\0'),
-                                   "<Signature xmlns=",
-                                   "<!-- -->",
-                                   "</a>",
-                                   "&amp;",
-                                   "&x;",
-                                   "<?x?>",
-                                   "=",
-                                   "*",
-                                   "\xff",
-                                   "\x1b",
-                                   " ",
-                                   "A",
-                                   "]]>",
-                                   "<n:b xmlns:n='u'/>"};
-        const std::string& text = texts[between(0, static_cast<int>(texts.size()) - 1)];
-        static const std::pair<const char*, const char*> edits[] = {{"DigestValue>", "OtherValue>"},
-                                                                    {"Exponent>", "x>"},
-                                                                    {"</Signature>", ""},
-                                                                    {"SignedInfo>", "Signed>"},
-                                                                    {"xmldsig#\">", "xmldsig\">"},
-                                                                    {"\n", "\r\n"},
-                                                                    {"=<", "<"},
-                                                                    {"<SignatureValue>", "<SignatureValue>A"},
-                                                                    {"Modulus>", "N>"},
-                                                                    {"bsabackup", "&lt;"}};
-        switch (between(0, 6)) {
+        const std::size_t place = oneIn(3) ? upTo(size) : size - std::min(size, upTo(1300));
+        const std::string& text = kInsertions[upTo(kInsertions.size() - 1)];
+        const std::size_t edit = 2 * upTo(kEdits.size() / 2 - 1);
+        switch (upTo(6)) {
         case 0:
             std::swap(volumes.front(), volumes.back());
             return;
         case 1:
-            content.resize(late);
+            content.resize(place);
             break;
         case 2:
-            content.append(oneIn(4) ? bytes(between(1, 5'000)) : text);
+            content.append(oneIn(4) ? bytes(1 + upTo(5'000)) : text);
             break;
         case 3:
-            content.insert(late, text);
+            content.insert(place, text);
             break;
         case 4:
-            content.erase(late, between(1, 40));
+            content.erase(place, 1 + upTo(40));
             break;
         case 5:
-            if (late < size) {
-                content[late] = static_cast<char>(between(0, 255));
-            }
+            content.replace(place, 1, bytes(1));
             break;
         default:
-            const auto& [from, to] = edits[between(0, std::size(edits) - 1)];
-            boost::algorithm::replace_all(content, from, to);
+            boost::algorithm::replace_all(content, kEdits[edit], kEdits[edit + 1]);
         }
         save(path, content);
     }
@@ -112,13 +84,13 @@ private:
         std::ofstream(path, std::ios::binary) << content;
     }
 
-    int between(int first, int last) { return std::uniform_int_distribution(first, last)(random); }
+    std::size_t upTo(std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(random); }
 
-    bool oneIn(int n) { return between(1, n) == 1; }
+    bool oneIn(std::size_t n) { return upTo(n - 1) == 0; }
 
-    std::string bytes(int size) {
+    std::string bytes(std::size_t size) {
         std::string content(size, '\0');
-        std::generate(content.begin(), content.end(), [this] { return static_cast<char>(random()); });
+        std::generate(content.begin(), content.end(), std::ref(random));
         return content;
     }
 
@@ -127,49 +99,46 @@ private:
     const std::string publicKey;
 };
 
-class AgreementTest : public end_to_end::ToolTest {
-protected:
-    /// Runs a program's verification; its answer without what a line of dumpsig's does not take over.
-    static Outcome verify(Volumes command, const Volumes& volumes) {
-        command.insert(command.end(), volumes.begin(), volumes.end());
-        Outcome outcome = end_to_end::runProgram(command);
-        std::erase_if(outcome.out, [](char c) { return c <= ' ' || c > '~' || c == '?' || c == ';'; });
-        return outcome;
-    }
+/// Runs a program's verification; its answer without what a line of dumpsig's does not take over.
+Outcome verify(Texts command, const Texts& volumes) {
+    command.insert(command.end(), volumes.begin(), volumes.end());
+    Outcome outcome = runProgram(command);
+    std::erase_if(outcome.out, [](char c) { return c <= ' ' || c > '~' || c == '?' || c == ';'; });
+    return outcome;
+}
 
-    /// Makes dumps and judges each by both programs. How many were good.
-    int judge(DumpMaker maker, const std::string& folder, int count) const {
-        std::filesystem::create_directory(folder);
-        int good = 0;
-        for (int i = 0; i < count; ++i) {
-            const Volumes volumes = maker.make(folder);
-            const Outcome wanted = verify({BACKUP_SIGN_PROGRAM, "--verify-dump"}, volumes);
-            const Outcome told = verify({DUMPSIG_PROGRAM, "verify"}, volumes);
-            EXPECT_EQ(told.status, wanted.status) << folder << " " << i;
-            if (wanted.status == 0) {
-                EXPECT_TRUE(told.out.starts_with("intactsignedwithSHA256:")) << told.out;
-            } else {
-                EXPECT_EQ(told.out, wanted.out) << folder << " " << i;
-            }
-            good += wanted.status == 0 ? 1 : 0;
-        }
-        return good;
+/// Makes five hundred dumps and judges each by both programs. How many were good.
+int judge(DumpMaker maker, const std::string& folder) {
+    fs::create_directory(folder);
+    int good = 0;
+    for (int i = 0; i < 500; ++i) {
+        const Texts volumes = maker.make(folder);
+        const Outcome wanted = verify({BACKUP_SIGN_PROGRAM, "--verify-dump"}, volumes);
+        const Outcome told = verify({DUMPSIG_PROGRAM, "verify"}, volumes);
+        EXPECT_EQ(told.status, wanted.status) << folder << " " << i;
+        EXPECT_TRUE(wanted.status == 0 ? told.out.starts_with("intactsignedwithSHA256:")
+                                       : told.out == wanted.out)
+            << folder << " " << i << ": " << wanted.out << "\n"
+            << told.out;
+        good += wanted.status == 0 ? 1 : 0;
     }
-};
+    return good;
+}
+
+using AgreementTest = ToolTest;
 
 TEST_F(AgreementTest, AThousandDumpsAreJudgedAlikeByBothPrograms) {
-    const Outcome none = end_to_end::runProgram({DUMPSIG_PROGRAM, "verify", "/dev/null"});
+    const Outcome none = runProgram({DUMPSIG_PROGRAM, "verify", "/dev/null"});
     EXPECT_EQ(none.status, 2);
-    EXPECT_THAT(none.err, testing::StartsWith("dumpsig: " + productPath("admin/htdocs/bu_pubkey.txt") +
-                                              ": no such file"));
+    EXPECT_THAT(none.err,
+                StartsWith("dumpsig: " + productPath("admin/htdocs/bu_pubkey.txt") + ": no such file"));
     const std::string pair = tool({"--get-certificate"}).out;
     const std::size_t boundary = pair.find("\n\n");
-    const std::string privateKey = pair.substr(0, boundary);
-    const std::string publicKey = pair.substr(boundary + 2);
-    auto other = std::async(std::launch::async, [&] {
-        return judge({1, privateKey, publicKey}, dir.path("other"), 500);
-    });
-    const int good = judge({2, privateKey, publicKey}, dir.path("one"), 500) + other.get();
+    const auto judgeWith = [&](unsigned seed, const char* folder) {
+        return judge({seed, pair.substr(0, boundary), pair.substr(boundary + 2)}, dir.path(folder));
+    };
+    auto other = std::async(std::launch::async, judgeWith, 1, "other");
+    const int good = judgeWith(2, "one") + other.get();
     EXPECT_GT(good, 200);
     EXPECT_LT(good, 800);
 }

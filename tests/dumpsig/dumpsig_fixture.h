@@ -2,11 +2,13 @@
 
 #include "backup_sign_lib/dump_signature.h"
 #include "backup_sign_lib/rsa_keys.h"
+#include "commons/text/text_utils.h"
 #include "tests/end_to_end/tool_fixture.h"
 
+#include <boost/algorithm/string/replace.hpp>
+
 #include <cstdlib>
-#include <string_view>
-#include <utility>
+#include <regex>
 
 namespace dumpsig_test {
 
@@ -21,24 +23,9 @@ struct Row {
     const char* err;
 };
 
-inline bool matches(std::string_view text, std::string_view pattern) {
-    std::size_t star = pattern.find('*');
-    if (star == std::string_view::npos) {
-        return text == pattern;
-    }
-    if (!text.starts_with(pattern.substr(0, star))) {
-        return false;
-    }
-    text.remove_prefix(star);
-    pattern.remove_prefix(star + 1);
-    for (; (star = pattern.find('*')) != std::string_view::npos; pattern.remove_prefix(star + 1)) {
-        const std::size_t at = text.find(pattern.substr(0, star));
-        if (at == std::string_view::npos) {
-            return false;
-        }
-        text.remove_prefix(at + star);
-    }
-    return text.ends_with(pattern);
+inline bool matches(const std::string& text, const std::string& pattern) {
+    return std::regex_match(text,
+                            std::regex(boost::replace_all_copy(brask::escapeRegex(pattern), "\\*", "[^]*")));
 }
 
 /// A dump of three volumes, v1 to v3, and all of it as one, with the key that signed it in server.pub, as a
@@ -62,10 +49,12 @@ protected:
         brask::signDumpFile(volumes, keys.first, keys.second);
     }
 
-    /// Runs a script in the test's folder, which is its home, too, with the built program before all others.
+    /// Runs a script in the test's folder, which is its home, too, with the built program before all others
+    /// and "verify" for dumpsig's with the server's key.
     Outcome run(const std::string& script) const {
         return end_to_end::runProgram(
-            {"/bin/sh", "-c", "cd \"$1\"\n" + script, "sh", dir.path()},
+            {"/bin/sh", "-c", "cd \"$1\"; verify() { dumpsig verify -k server.pub \"$@\"; }\n" + script, "sh",
+             dir.path()},
             {{"PATH", DUMPSIG_FOLDER ":" + std::string(std::getenv("PATH"))}, {"HOME", dir.path()}});
     }
 

@@ -9,82 +9,59 @@ using namespace dumpsig_test;
 
 TEST_F(DumpsigTest, Verifies) {
     expectRows({
-        {"dumpsig verify -k server.pub v1 v2 v3", 0, "intact\nsigned with SHA256:* server.pub\n", ""},
         {"dumpsig verify -k other.pub -k server.pub all", 0, "intact\nsigned with SHA256:* server.pub\n", ""},
         {"cat other.pub server.pub >both; dumpsig verify all --key both", 0,
          "intact\nsigned with SHA256:* both\n", ""},
-        {"dumpsig verify -k other.pub v1 v2 v3", 1, "Signature is wrong\n", ""},
-        {"dumpsig verify -k server.pub v1 v3 v3", 1, "Digest is wrong\n", ""},
-        {"dumpsig verify -k server.pub v3 v2 v1", 1, "Dump is not signed\n", ""},
-        {"cp all bad; printf x >>bad; dumpsig verify -k server.pub bad", 1,
-         "Unable to parse the signature: *with the following errors:; Entity: line 26: parser error : Extra "
-         "content*; *\n",
-         ""},
-        {"printf '<Signature xmlns=\"urn:x\"/>' >bad; dumpsig verify -k server.pub bad", 1,
-         "Requred XML element is absent: n:SignedInfo/n:Reference/n:DigestValue\n", ""},
-        {"perl -0pe 's/<SignatureValue>[^<]*/<SignatureValue>*/' all >bad; dumpsig verify -k server.pub bad",
-         1, "Cannot base64 decode signature\n", ""},
+        {"verify v1 v3 v3", 1, "Digest is wrong\n", ""},
+        {"cp all bad; printf x >>bad; verify bad", 1,
+         "Unable to parse the signature: *errors:; Entity: line 26: parser error : Extra content*\n", ""},
         {"cp server.pub \"$(printf 'x\ny')\"; dumpsig fingerprint x*; dumpsig verify -k x* all", 0,
          "SHA256:* x; y\nintact\nsigned with SHA256:* x; y\n", ""},
         // No address space has room for the stack of a second thread.
-        {"(ulimit -s 200000000000; dumpsig verify -k server.pub all)", 0, "intact\n*", ""},
-        {"dumpsig verify -q -k server.pub all && ! dumpsig verify -q -k other.pub all", 0, "", ""},
+        {"(ulimit -s 200000000000; verify all)", 0, "intact\n*", ""},
+        {"verify -q all && ! dumpsig verify -q -k other.pub all", 0, "", ""},
         // As it comes, in pieces of any size; the last volume, or all as one.
-        {"cat v3 | dumpsig verify -k server.pub v1 v2 -", 0, "intact\n*", ""},
-        {"dd if=all bs=999 status=none | dumpsig verify -k server.pub -", 0, "intact\n*", ""},
-        {"{ echo done before; cat all; } >longer; { read line; dumpsig verify -k server.pub -; } <longer", 0,
-         "intact\n*", ""},
-        {"head -c 1000100 all | dumpsig verify -k server.pub -", 1, "Unable to parse the signature: *", ""},
-        {"head -c 900000 all | dumpsig verify -k server.pub -", 1, "Dump is not signed\n", ""},
-        {"mkfifo p1 p2; cat v1 >p1 & cat v3 >p2 & dumpsig verify -k server.pub p1 v2 p2", 0, "intact\n*", ""},
+        {"cat v3 | verify v1 v2 -", 0, "intact\n*", ""},
+        {"dd if=all bs=999 status=none | verify -", 0, "intact\n*", ""},
+        {"{ echo done before; cat all; } >longer; { read line; verify -; } <longer", 0, "intact\n*", ""},
+        {"head -c 900000 all | verify -", 1, "Dump is not signed\n", ""},
+        {"mkfifo p1 p2; cat v1 >p1 & cat v3 >p2 & verify p1 v2 p2", 0, "intact\n*", ""},
         // The document is looked for in the last volume alone.
-        {"tail -c 1000 v3 | dumpsig verify -k server.pub v1 v2 -", 1, "Dump is not signed\n", ""},
-        {"cp v3 ./-; cp v3 ./-q; dumpsig verify -k server.pub v1 ./- && dumpsig verify -k server.pub -- v1 "
-         "-q",
-         0, "intact\n*intact\n*", ""},
+        {"tail -c 1000 v3 | verify v1 v2 -", 1, "Dump is not signed\n", ""},
+        {"cp v3 ./-; verify v1 ./-", 0, "intact\n*", ""},
     });
 }
 
 TEST_F(DumpsigTest, TellsPrograms) {
     expectRows({
-        {"dumpsig verify --json -k server.pub v1 v2 v3", 0,
+        {"verify --json v1 v2 v3", 0,
          R"({"verdict":"intact","volumes":["v1","v2","v3"],"signedBytes":1000005,"documentOffset":5,)"
          R"("documentBytes":1196,"digest":"*","key":{"file":"server.pub","fingerprint":"SHA256:*"},)"
          "\"seconds\":*.*,\"error\":null}\n",
          ""},
         {"dumpsig verify --json -k other.pub - <all", 1,
          R"({"verdict":"signature-wrong","volumes":["-"],"signedBytes":1000005,"documentOffset":1000005,)"
-         R"(*,"key":null,"seconds":*.*,"error":"Signature is wrong"})"
-         "\n",
+         R"(*,"key":null,"seconds":*.*,"error":"Signature is wrong"}*)",
          ""},
-        {"[ $(dumpsig verify --json -k server.pub all | jq -r .digest) = $(sha1sum <content | cut -c -40) ]",
-         0, "", ""},
-        {"cp v3 \"$(printf 'b\\377\\342\\202z\\n')\"; dumpsig verify --json -k server.pub v1 b*", 0,
+        {"[ $(verify --json all | jq -r .digest) = $(sha1sum <content | cut -c -40) ]", 0, "", ""},
+        {"cp v3 \"$(printf 'b\\377\\342\\202z\\n')\"; verify --json v1 b*", 0,
          "*\"volumes\":[\"v1\",\"b\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBDz\"]*", ""},
-        {"head -c 1000300 all >bad; dumpsig verify --json -k server.pub bad", 1,
-         R"({"verdict":"signature-unreadable",*"error":"Unable to parse the signature: *; *"})"
-         "\n",
-         ""},
-        {"dumpsig verify --json -k server.pub v1", 1,
+        {"verify --json v1", 1,
          R"({"verdict":"not-signed","volumes":["v1"],"signedBytes":null,"documentOffset":null,"documentBytes":null,)"
-         R"("digest":null,"key":null,"seconds":*.*,"error":"Dump is not signed"})"
-         "\n",
+         R"("digest":null,"key":null,"seconds":*.*,"error":"Dump is not signed"}*)",
          ""},
-        {"dumpsig verify --json -k server.pub none", 2,
-         R"({"verdict":"unknown",*"key":null,"seconds":*.*,"error":"none: No such file or directory"})"
-         "\n",
+        {"verify --json none", 2,
+         R"({"verdict":"unknown",*"key":null,"seconds":*.*,"error":"none: No such file or directory"}*)",
          "dumpsig: none: No such file or directory\n"},
         {"dumpsig info --json v1 v3", 0,
          R"({"documentOffset":5,"documentBytes":1196,"digest":"*","algorithm":"rsa-sha1","keyBits":1024,)"
-         R"("keyFingerprint":"SHA256:*","keyName":"bsabackup.pem","error":null})"
-         "\n",
+         R"("keyFingerprint":"SHA256:*","keyName":"bsabackup.pem","error":null}*)",
          ""},
         {"{ echo done before; cat v3; } >longer; { read line; dumpsig info -; } <longer", 0,
          "document offset   5\n*\nkey name          bsabackup.pem\n", ""},
         {"sed s/DigestValue\\>/\\&QUJD/ v3 | dumpsig info --json -", 1,
          R"({"documentOffset":null,"documentBytes":null,"digest":null,"algorithm":null,"keyBits":null,)"
-         R"("keyFingerprint":null,"keyName":null,"error":"*digest*"})"
-         "\n",
+         R"("keyFingerprint":null,"keyName":null,"error":"*digest*"}*)",
          ""},
         {"sed s/Modulus\\>/\\&eHh4/ v3 | dumpsig info -", 1, "", "dumpsig: -: *key is no number\n"},
     });
@@ -92,26 +69,21 @@ TEST_F(DumpsigTest, TellsPrograms) {
 
 TEST_F(DumpsigTest, KeepsErrorsApartFromVerdicts) {
     expectRows({
-        {"dumpsig verify -k server.pub v1 none v3; dumpsig verify -k \"\" all", 2, "",
+        {"verify v1 none v3; dumpsig verify -k \"\" all", 2, "",
          "dumpsig: none: No such file or directory\ndumpsig: \"\": No such file or directory\n"},
-        {"dumpsig verify -k server.pub v1 . v3", 2, "", "dumpsig: .: Is a directory\n"},
-        {"dumpsig verify -k server.pub v1 - <&-", 2, "", "dumpsig: standard input: Bad file descriptor\n"},
+        {"verify v1 - <&-", 2, "", "dumpsig: standard input: Bad file descriptor\n"},
         // At the first block, and in the thread that reads ahead.
-        {"dumpsig verify -k server.pub /proc/self/mem v3", 2, "",
-         "dumpsig: /proc/self/mem: Input/output error\n"},
+        {"verify /proc/self/mem v3", 2, "", "dumpsig: /proc/self/mem: Input/output error\n"},
         {"dumpsig cat -k server.pub v1 /proc/self/mem v3 >out", 2, "",
          "dumpsig: /proc/self/mem: Input/output error\n"},
         {"mkfifo p; (truncate -s 10 v2; cat v1) >p & echo 0123456789 >v2\n"
-         "dumpsig verify -k server.pub p v2 v3",
+         "verify p v2 v3",
          2, "", "dumpsig: v2: shrank while it was read\n"},
-        {"(truncate -s 1000 v3; cat v1) >p & dumpsig verify -k server.pub p v3", 2, "",
-         "dumpsig: v3: shrank while it was read\n"},
-        {"dumpsig verify -k server.pub all >/dev/full", 2, "",
-         "dumpsig: standard output: No space left on device\n"},
-        {"dumpsig verify -k server.pub all >&-", 2, "", "dumpsig: standard output: Bad file descriptor\n"},
+        {"(truncate -s 1000 v3; cat v1) >p & verify p v3", 2, "", "dumpsig: v3: shrank while it was read\n"},
+        {"verify all >/dev/full", 2, "", "dumpsig: standard output: No space left on device\n"},
+        {"verify all >&-", 2, "", "dumpsig: standard output: Bad file descriptor\n"},
         {"dumpsig \"$(printf 'very\nfy')\" v1", 2, "",
          "dumpsig: very; fy is neither a command nor an option\n"},
-        {"dumpsig fingerprint", 2, "", "dumpsig: no key file is given\n"},
         {"dumpsig --version", 0, "dumpsig *.*.*\n", ""},
         {"dumpsig cat --help", 0, "*--key*Exit code: *", ""},
     });
@@ -169,17 +141,14 @@ TEST_F(DumpsigTest, Strips) {
         {"dumpsig strip -o - all | cmp - content; dumpsig strip -o - - <all | cmp - content", 0, "", ""},
         {"echo >>v3; dumpsig strip --in-place v3 && cat v3; dumpsig strip --in-place v3", 1, "tail\n",
          "dumpsig: v3: Dump is not signed\n"},
-        {"dumpsig strip -o out all", 2, "", "dumpsig: out: exists; --force replaces it\n"},
         {"ln -s v1 link; dumpsig strip -o link all; dumpsig strip -o link --force all && [ ! -h link ] && "
          "cmp link content",
          0, "", "dumpsig: link: exists; --force replaces it\n"},
         {"ln -s all alink; ln all hard\n"
          "for out in all ./alink hard; do dumpsig strip -o $out --force all && echo $out; done",
          2, "", "dumpsig: all: would be*\ndumpsig: all: would be*\ndumpsig: all: would be*\n"},
-        {"dumpsig strip --in-place alink; dumpsig strip --in-place . ; dumpsig strip --in-place /dev/null", 2,
-         "",
-         "dumpsig: alink: is a symbolic link*\ndumpsig: .: Is a directory\ndumpsig: /dev/null: is no regular "
-         "file\n"},
+        {"for file in alink . /dev/null; do dumpsig strip --in-place $file; done", 2, "",
+         "dumpsig: alink: is a symbolic*\ndumpsig: .: Is a directory\ndumpsig: /dev/null: is no regular*\n"},
         {"mkfifo taken; dumpsig strip -o taken --force all; dumpsig strip -o none/x all", 2, "",
          "dumpsig: taken: is neither*\ndumpsig: none/x: No such file or directory\n"},
         {"mkfifo p; (echo x >late; cat all) >p & dumpsig strip -o late p; cat late", 0, "x\n",
@@ -199,9 +168,7 @@ TEST_F(DumpsigTest, Strips) {
 
 TEST_F(DumpsigTest, WritesNoContentToItsEndBeforeItIsVerified) {
     expectRows({
-        {"dumpsig cat -k server.pub /dev/null all >/dev/null && dumpsig cat -k server.pub v1 v2 v3 | cmp - "
-         "content",
-         0, "", ""},
+        {"dumpsig cat -k server.pub v1 v2 v3 | cmp - content", 0, "", ""},
         // However slow, and impatient, those at both ends are.
         {"{ sleep 0.2; cat all; } | perl -MFcntl -e 'fcntl $_, F_SETFL, O_NONBLOCK for *STDIN, *STDOUT; exec "
          "@ARGV' "
@@ -227,9 +194,9 @@ TEST_F(DumpsigTest, ShowsItsProgressOnATerminalAndCleansUp) {
     EXPECT_TRUE(matches(shown.out, "\r* KiB, *B/s\x1b[K*\r\x1b[Kintact\r\n*")) << shown.out;
     EXPECT_LE(std::count(shown.out.begin(), shown.out.end(), ','), 40) << shown.out;
     // Not elsewhere, unless asked for, and not in a run that is over at once.
-    EXPECT_EQ(slow("slowly | dumpsig verify -k server.pub -").err, "");
-    EXPECT_EQ(slow("dumpsig verify --progress -k server.pub v3").err, "");
-    EXPECT_EQ(slow("slowly | dumpsig verify -q --progress -k server.pub -").err, "");
+    EXPECT_EQ(slow("slowly | verify -").err, "");
+    EXPECT_EQ(slow("verify --progress v3").err, "");
+    EXPECT_EQ(slow("slowly | verify -q --progress -").err, "");
     // Gone before anything else is told, and when nobody takes the content.
     EXPECT_TRUE(matches(run("rm err; { cat v1; sh shown; cat v2 v3; } | dumpsig cat --progress -k other.pub "
                             "- 2>err >out; cat err")
@@ -240,30 +207,15 @@ TEST_F(DumpsigTest, ShowsItsProgressOnATerminalAndCleansUp) {
             .out,
         "\r0 B, *\r\x1b[K"));
     // Interrupted, it dies of the signal and leaves neither line nor file.
-    const Outcome interrupted =
-        run("mkdir d; rm err; ulimit -c 0; mkfifo p; exec 3<>p; for signal in INT QUIT; do cat v3 >&3; perl "
-            "-e '$p = "
-            "fork;"
-            "alarm 60; $SIG{'$signal'} = DEFAULT; exec @ARGV if !$p;"
-            "select undef, undef, undef, 0.05 until -s \"err\" && <d/.dumpsig-*>;"
-            "kill '$signal' => $p; waitpid $p, 0; print $? & 127' "
-            "dumpsig strip --progress -o d/out - <&3 2>err; cat err >&2; rm err; done; ls -A d");
+    const Outcome interrupted = run(R"sh(mkdir d; rm err; ulimit -c 0; mkfifo p; exec 3<>p
+        for signal in INT QUIT; do
+            cat v3 >&3
+            perl -e '$p = fork; alarm 60; $SIG{'$signal'} = DEFAULT; exec @ARGV if !$p;
+                select undef, undef, undef, 0.05 until -s "err" && <d/.dumpsig-*>;
+                kill '$signal' => $p; waitpid $p, 0; print $? & 127' dumpsig strip --progress -o d/out - <&3 2>err
+            cat err >&2; rm err; done; ls -A d)sh");
     EXPECT_EQ(interrupted.out, "23");
     EXPECT_TRUE(matches(interrupted.err, "\r* KiB, *\r\x1b[K\r* KiB, *\r\x1b[K")) << interrupted.err;
-}
-
-TEST_F(DumpsigTest, NeedsTheSameLittleMemoryForAnyDump) {
-    const Outcome outcome =
-        run("truncate -s 512M huge; cat v3 >>huge\n"
-            "for dump in v3 huge; do time -qf %M dumpsig verify -k server.pub $dump 2>&1 >out; done");
-    std::istringstream peaks(outcome.out);
-    long small = 0;
-    long large = 0;
-    EXPECT_TRUE(peaks >> small >> large) << outcome.out << outcome.err;
-#ifndef __SANITIZE_ADDRESS__
-    EXPECT_LT(large, 16 * 1024);
-    EXPECT_LT(large, small + 1024);
-#endif
 }
 
 } // namespace

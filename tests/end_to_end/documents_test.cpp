@@ -1,26 +1,14 @@
 #include "tests/end_to_end/tool_fixture.h"
 
 #include <regex>
-#include <sstream>
 
 namespace {
 
 using namespace end_to_end;
-using namespace test_support;
 
 /// The commands of a document: its fenced blocks of shell, one after another.
 std::string commandsOf(const std::string& document) {
-    std::istringstream text(readFile(SOURCE_FOLDER "/docs/" + document));
-    std::string commands;
-    bool inBlock = false;
-    for (std::string line; std::getline(text, line);) {
-        if (line.starts_with("```")) {
-            inBlock = line == "```sh";
-        } else if (inBlock) {
-            commands += line + "\n";
-        }
-    }
-    return commands;
+    return shell("awk '/^```/ {code = $0 == \"```sh\"; next} code' " SOURCE_FOLDER "/docs/" + document);
 }
 
 class DocumentsTest : public ToolTest {
@@ -30,15 +18,13 @@ protected:
             dir.write(volume, volume + std::string(5000, '\n'));
         }
         expectSilentSuccess({"--sign-dump", dir.path("dump.1"), dir.path("dump.2"), dir.path("dump.3")});
-        std::filesystem::copy(productPath("admin/htdocs/bu_pubkey.txt"), dir.path("bu_pubkey.txt"));
+        fs::copy(productPath("admin/htdocs/bu_pubkey.txt"), dir.path("bu_pubkey.txt"));
     }
 };
 
 TEST_F(DocumentsTest, TheStepsWithStockToolsVerifyADumpAndGiveItBack) {
     const std::string out = shell("cd \"$1\"\n" + commandsOf("signed-dump.md"), {dir.path("")});
-    const std::string digest = out.substr(0, out.find('\n') + 1);
-    EXPECT_EQ(out, digest + digest + "Verified OK\n");
-    EXPECT_EQ(digest.size(), 29U);
+    EXPECT_THAT(out, MatchesRegex("([^\n]{28}\n){2}Verified OK\n"));
     EXPECT_EQ(readFile(dir.path("dump.3")), "dump.3" + std::string(5000, '\n'));
     EXPECT_EQ(readFile(dir.path("dump.3.unsigned")), readFile(dir.path("dump.3")));
 }

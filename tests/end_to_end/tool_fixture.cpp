@@ -2,11 +2,8 @@
 
 namespace end_to_end {
 
-namespace fs = std::filesystem;
-
 namespace {
 
-using namespace test_support;
 constexpr const char* kHelper = "admin/bin/backup_restore_helper";
 
 } // namespace

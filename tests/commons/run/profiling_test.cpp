@@ -7,7 +7,6 @@
 
 namespace {
 
-using namespace brask;
 using namespace test_support;
 
 /// The texts of an enumeration, and of one value beyond it.
@@ -28,12 +27,11 @@ TEST(Names, AreThoseThatReadersOfTheFilesKnow) {
     for (int id = 0; id <= 28; ++id) {
         names += objectDisplayName(id) + "\n";
     }
-    for (const std::string type : {"Server", "Reseller", "Customer", "Domain", "Subscription", "Database",
-                                   "Database user", "Email account", "Mail list"}) {
+    for (const std::string& type : split("Server|Reseller|Customer|Domain|Subscription|Database|Database "
+                                         "user|Email account|Mail list|domain")) {
         names += type + ": " + objectTypeDisplayName(type) + "\n";
     }
     EXPECT_EQ(names, readFile(SOURCE_FOLDER "/tests/data/object_names.txt"));
-    EXPECT_EQ(objectTypeDisplayName("domain"), "domain");
 }
 
 class Profiling : public LibraryTest {
@@ -105,20 +103,11 @@ TEST_F(Profiling, ADiskThatFillsUpAfterTheStartCostsTheFinishAndOneNote) {
     const auto outcome = inChild([&] {
         ProfilingContext context(path);
         const ProfilingOperation outer(ProfilingOperationType::Restore, {}, &context);
-        const FileSizeLimit full(std::filesystem::file_size(path));
+        const FileSizeLimit full(fs::file_size(path));
         { const ProfilingOperation inner(ProfilingOperationType::RestoreMail, {}, &context); }
         full.lift();
         puts(testing::PrintToString(log.lines).c_str());
-
-        ProfilingContext again(path);
-        std::optional<ProfilingOperation> unfinished(std::in_place, ProfilingOperationType::Restore,
-                                                     ProfilingAttributes{}, &again);
-        const FileSizeLimit fullAgain(std::filesystem::file_size(path));
-        const FailingLog failing;
-        unfinished.reset(); // not the end of the process
-        fullAgain.lift();
     });
-    EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out,
               "{ \"" + cancelled + "Failed to write the file " + path + ": File too large\" }\n");
     EXPECT_THAT(records(), EndsWith("\"start\":\"TIME\",\"type\":\"operation\"}\n"));

@@ -11,7 +11,6 @@
 
 namespace {
 
-using namespace brask;
 using namespace test_support;
 
 using Plain = ExTraceableBase<ExDefault>;
@@ -98,13 +97,12 @@ TEST_F(ExecutionLog, TheStatusCanOnlyRise) {
                                                               {{10}, "success"},
                                                               {{10, 30, 20}, "warnings"},
                                                               {{10, 40, 20}, "error"},
-                                                              {{10, 25}, "error"}};
+                                                              {{25}, "error"}};
     for (const auto& [severities, status] : cases) {
-        auto run = std::make_unique<XmlLog>("status.xml");
-        for (const int severity : severities) {
-            run->RaiseStatus(severity);
+        {
+            XmlLog run("status.xml");
+            std::for_each(severities.begin(), severities.end(), [&](int each) { run.RaiseStatus(each); });
         }
-        run.reset();
         EXPECT_THAT(readFile(dir.path("session/status.xml")), HasSubstr("status=\"" + status + "\""));
     }
 }
@@ -120,7 +118,7 @@ TEST_F(ExecutionLog, TheRunIsWrittenAtItsEndForThePanelsAccountAndAnEarlierResul
     }
     const ObjectList domain{{"d", "Domain"}};
     GetLogFacade()->Write(2, false, "5", &domain);
-    EXPECT_FALSE(std::filesystem::exists(result));
+    EXPECT_FALSE(fs::exists(result));
     DestroyXmlLog();
     EXPECT_THAT(readFile(result), MatchesRegex("<execution-result status=.warnings.>\n  <message .*>\n"
                                                "    <description>1<.*>2</description>\n[^34]*"
@@ -129,7 +127,7 @@ TEST_F(ExecutionLog, TheRunIsWrittenAtItsEndForThePanelsAccountAndAnEarlierResul
     EXPECT_THAT(log.lines, ElementsAre("=> example.com Restore domain", testing::_, "1", "2", "3", "4", "5"));
 
     CreateXmlLog("");
-    std::filesystem::remove_all(dir.path("session"));
+    fs::remove_all(dir.path("session"));
     DestroyXmlLog();
     EXPECT_THAT(log.lines.back(), StartsWith("error: Unable to write the execution log " + result + ": "));
 }

@@ -5,7 +5,6 @@
 
 namespace {
 
-using namespace brask;
 using namespace test_support;
 
 TEST(LookUp, FindsNamesAndIdsAndLogsWhatIsUnknown) {

@@ -7,7 +7,6 @@
 
 namespace {
 
-using namespace brask;
 using namespace test_support;
 
 /// Loads a file of this content. Its pairs in their order, each as "name=value;", and what was logged.
@@ -30,13 +29,10 @@ TEST(BsaConfFile, EachLineGivesItsValueOrIsToldAndLeftOut) {
     const std::tuple<std::string, std::string, std::string> cases[] = {
         {"NAME abc\n", "NAME=abc;", ""},
         {"NAME abc \n", "NAME=abc \n;", ""}, // a single blank at the end keeps the line feed
-        {"NAME a b  \n", "NAME=a b  ;", ""},
         {"NAME abc # x\n", "NAME=abc;", ""},
-        {"NAME abc#x\n", "NAME=abc;", ""},
         {"\t _a_1 \t \"q\" \\\r\n", "_a_1=\"q\" \\\r\n;", ""},
         {"NAME first\nNAME second\n", "NAME=second;", ""},
         {"NAME=value\n", "", noSpace},
-        {"NA-ME value\n", "", noSpace},
         {"NAME  # x\n", "", noValue},
     };
     for (const auto& [line, pairs, reason] : cases) {
@@ -69,7 +65,7 @@ TEST(BsaConf, EveryVariableHasItsNumberAndItsDefault) {
 TEST(BsaConf, ServesDefaultsUntilTheFileIsThereAndNeverReadsItAgain) {
     const TempDir dir;
     const auto child = inChild([&] {
-        std::filesystem::current_path(dir.path()); // where this program's configuration file is
+        fs::current_path(dir.path()); // where this program's configuration file is
         printf("%s|", bsaConfGetById(17));
         dir.write("bsa.conf", "OTHER o\nDUMP_D /dumps\n");
         printf("%s|%s|", bsaConfGetById(17), bsaConfGet("OTHER"));
