@@ -29,16 +29,16 @@ TEST(DumpStream, IsTheConcatenationWithTheLastVolumeCutAtTheLimit) {
     for (int round = 0; round < 200; ++round) {
         std::vector<std::string> files;
         std::string expected;
-        size_t last = 0;
+        std::string content;
         for (size_t volumes = 1 + upTo(4); volumes > 0; --volumes) {
             // Empty volumes, and sizes round that of the library's own buffer, come up often.
             const size_t sizes[] = {0, upTo(9), 4095 + upTo(2), upTo(20000)};
-            last = sizes[upTo(3)];
-            std::string content(last, '\0');
+            content.resize(sizes[upTo(3)]);
             std::generate(content.begin(), content.end(), random);
             expected += content;
             files.push_back(dir.write("volume" + std::to_string(volumes), content));
         }
+        const size_t last = content.size();
         const size_t limits[] = {0, last, upTo(last), last + upTo(5)};
         const size_t limit = limits[upTo(3)];
         if (limit != 0 && limit < last) {
@@ -87,7 +87,6 @@ TEST(DumpSignature, EachTextOfTheDocumentCountsButTheSignersKey) {
     const std::string good = readFile(files[0]);
     const std::tuple<std::string, size_t, std::string, std::string> cases[] = {
         {"<DigestValue>", 4, "", "Digest is wrong"},
-        {"<DigestValue>", 4, "QUJD", "Digest is wrong"},
         {"<SignatureValue>", 4, "QUJD", "Signature is wrong"},
         {"<SignatureValue>", 174, "", "Cannot base64 decode signature"},
         {"</Signature>", 0, std::string("\0junk", 5),
@@ -149,7 +148,6 @@ TEST(SignatureDocument, TextsAreTakenAsTheyStandAndTheFirstMissingElementIsNamed
     const std::pair<std::string, std::string> cases[] = {
         {name + digest + value + "<Modulus/>", "KeyInfo/n:RSAKeyValue/n:Modulus"},
         {name + digest + key, "SignatureValue"},
-        {name + "<DigestValue>d</DigestValue>" + value, "SignedInfo/n:Reference/n:DigestValue"},
         {"<Signature>" + digest + value + key, "SignedInfo/n:Reference/n:DigestValue"},
     };
     for (const auto& [document, missing] : cases) {

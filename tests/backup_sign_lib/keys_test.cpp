@@ -33,7 +33,6 @@ TEST(Base64, DecodesWhatItCan) {
     const std::pair<std::string, std::string> cases[] = {
         {"QUJD\n R\tA=\r=", "ABCD"},        // white space vanishes
         {std::string("Q*U\0JD", 6), "ABC"}, // and so does what is outside the alphabet
-        {"QU\xC3\xA4JD", "ABC"},            // bytes above 127 included
         {"QUJDRA==QUJD", "ABCD"},           // padding ends the text
         {"QUJDRA", "ABC"},                  // an unfinished group is dropped
         {"====", std::string(1, '\0')},     // a group of padding is one byte

@@ -4,8 +4,6 @@
 #include <boost/algorithm/string/replace.hpp>
 
 #include <algorithm>
-#include <future>
-#include <mutex>
 #include <random>
 
 namespace {
@@ -28,14 +26,12 @@ public:
         : random(seed), privateKey(std::move(privateKey)), publicKey(std::move(publicKey)) {}
 
     Texts make(const std::string& folder) {
-        // The library that signs is for one thread.
-        static std::mutex mutex;
-        const std::scoped_lock lock(mutex);
         Texts volumes;
         for (std::size_t count = 1 + upTo(2); count > 0; --count) {
             volumes.push_back(folder + "/" + std::to_string(count));
             // A last volume that is empty when it is signed is where the two programs differ.
-            save(volumes.back(), bytes((count == 1 ? 1 : 0) + upTo(oneIn(20) ? 600'000 : 5'000)));
+            std::ofstream(volumes.back(), std::ios::binary)
+                << bytes((count == 1 ? 1 : 0) + upTo(oneIn(20) ? 600'000 : 5'000));
         }
         for (int signatures = oneIn(12) ? 0 : oneIn(10) ? 2 : 1; signatures > 0; --signatures) {
             brask::signDumpFile(volumes, privateKey, publicKey);
@@ -55,7 +51,7 @@ private:
         const std::size_t place = oneIn(3) ? upTo(size) : size - std::min(size, upTo(1300));
         const std::string& text = kInsertions[upTo(kInsertions.size() - 1)];
         const std::size_t edit = 2 * upTo(kEdits.size() / 2 - 1);
-        switch (upTo(6)) {
+        switch (upTo(5)) {
         case 0:
             std::swap(volumes.front(), volumes.back());
             return;
@@ -65,22 +61,12 @@ private:
         case 2:
             content.append(oneIn(4) ? bytes(1 + upTo(5'000)) : text);
             break;
-        case 3:
-            content.insert(place, text);
-            break;
-        case 4:
-            content.erase(place, 1 + upTo(40));
-            break;
-        case 5:
-            content.replace(place, 1, bytes(1));
+        case 3: // put in, cut out and replace
+            content.replace(place, upTo(2) * upTo(20), oneIn(2) ? text : bytes(upTo(1)));
             break;
         default:
             boost::algorithm::replace_all(content, kEdits[edit], kEdits[edit + 1]);
         }
-        save(path, content);
-    }
-
-    static void save(const std::string& path, const std::string& content) {
         std::ofstream(path, std::ios::binary) << content;
     }
 
@@ -107,24 +93,6 @@ Outcome verify(Texts command, const Texts& volumes) {
     return outcome;
 }
 
-/// Makes five hundred dumps and judges each by both programs. How many were good.
-int judge(DumpMaker maker, const std::string& folder) {
-    fs::create_directory(folder);
-    int good = 0;
-    for (int i = 0; i < 500; ++i) {
-        const Texts volumes = maker.make(folder);
-        const Outcome wanted = verify({BACKUP_SIGN_PROGRAM, "--verify-dump"}, volumes);
-        const Outcome told = verify({DUMPSIG_PROGRAM, "verify"}, volumes);
-        EXPECT_EQ(told.status, wanted.status) << folder << " " << i;
-        EXPECT_TRUE(wanted.status == 0 ? told.out.starts_with("intactsignedwithSHA256:")
-                                       : told.out == wanted.out)
-            << folder << " " << i << ": " << wanted.out << "\n"
-            << told.out;
-        good += wanted.status == 0 ? 1 : 0;
-    }
-    return good;
-}
-
 using AgreementTest = ToolTest;
 
 TEST_F(AgreementTest, AThousandDumpsAreJudgedAlikeByBothPrograms) {
@@ -133,12 +101,18 @@ TEST_F(AgreementTest, AThousandDumpsAreJudgedAlikeByBothPrograms) {
     EXPECT_THAT(none.err,
                 StartsWith("dumpsig: " + productPath("admin/htdocs/bu_pubkey.txt") + ": no such file"));
     const std::string pair = tool({"--get-certificate"}).out;
-    const std::size_t boundary = pair.find("\n\n");
-    const auto judgeWith = [&](unsigned seed, const char* folder) {
-        return judge({seed, pair.substr(0, boundary), pair.substr(boundary + 2)}, dir.path(folder));
-    };
-    auto other = std::async(std::launch::async, judgeWith, 1, "other");
-    const int good = judgeWith(2, "one") + other.get();
+    DumpMaker maker(1, pair.substr(0, pair.find("\n\n")), pair.substr(pair.find("\n\n") + 2));
+    int good = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const Texts volumes = maker.make(dir.path());
+        const Outcome wanted = verify({BACKUP_SIGN_PROGRAM, "--verify-dump"}, volumes);
+        const Outcome told = verify({DUMPSIG_PROGRAM, "verify"}, volumes);
+        EXPECT_EQ(told.status, wanted.status) << i;
+        EXPECT_EQ(wanted.status == 0 ? told.out.substr(0, 23) : told.out,
+                  wanted.status == 0 ? "intactsignedwithSHA256:" : wanted.out)
+            << i;
+        good += wanted.status == 0 ? 1 : 0;
+    }
     EXPECT_GT(good, 200);
     EXPECT_LT(good, 800);
 }

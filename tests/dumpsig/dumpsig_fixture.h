@@ -12,7 +12,7 @@
 
 namespace dumpsig_test {
 
-using end_to_end::Outcome;
+using namespace end_to_end;
 
 /// What a command line, run by the shell among the files of the test, must do. In the patterns "*" stands for
 /// anything.

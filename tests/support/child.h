@@ -42,7 +42,6 @@ public:
     }
 
     Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
 
     ~Child() {
         if (pid > 0) {
@@ -100,7 +99,6 @@ inline std::function<void()> program(const std::vector<std::string>& argv, const
             setenv(name.c_str(), value.c_str(), 1);
         }
         std::vector<char*> arguments;
-        arguments.reserve(argv.size() + 1);
         for (const std::string& argument : argv) {
             arguments.push_back(const_cast<char*>(argument.c_str()));
         }

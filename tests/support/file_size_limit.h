@@ -8,21 +8,14 @@ namespace test_support {
 
 /// Stands for a full disk: no file of this process can grow beyond the limit while it lives. For a child
 /// process, since the signal of a write over the limit stays ignored.
-class FileSizeLimit {
-public:
+struct FileSizeLimit {
     explicit FileSizeLimit(rlim_t bytes) {
         signal(SIGXFSZ, SIG_IGN);
         set(bytes);
     }
 
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+    ~FileSizeLimit() { set(RLIM_INFINITY); }
 
-    ~FileSizeLimit() { lift(); }
-
-    void lift() const { set(RLIM_INFINITY); }
-
-private:
     static void set(rlim_t bytes) {
         const rlimit limit{bytes, RLIM_INFINITY};
         setrlimit(RLIMIT_FSIZE, &limit);

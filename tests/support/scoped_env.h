@@ -11,24 +11,18 @@ namespace test_support {
 class ScopedEnv {
 public:
     ScopedEnv(std::string name, const std::optional<std::string>& value) : name(std::move(name)) {
-        if (const char* old = getenv(this->name.c_str())) {
-            previous = old;
-        }
+        const char* const old = getenv(this->name.c_str());
+        previous = old != nullptr ? std::optional<std::string>(old) : std::nullopt;
         assign(value);
     }
 
     ScopedEnv(const ScopedEnv&) = delete;
-    ScopedEnv& operator=(const ScopedEnv&) = delete;
 
     ~ScopedEnv() { assign(previous); }
 
 private:
     void assign(const std::optional<std::string>& value) const {
-        if (value) {
-            setenv(name.c_str(), value->c_str(), 1);
-        } else {
-            unsetenv(name.c_str());
-        }
+        value ? setenv(name.c_str(), value->c_str(), 1) : unsetenv(name.c_str());
     }
 
     std::string name;

@@ -28,7 +28,6 @@ public:
     }
 
     TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
 
     ~TempDir() {
         std::error_code ignored;

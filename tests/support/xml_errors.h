@@ -15,7 +15,6 @@ public:
     XmlErrors() { xmlSetGenericErrorFunc(&text, brask::appendXmlErrorText); }
 
     XmlErrors(const XmlErrors&) = delete;
-    XmlErrors& operator=(const XmlErrors&) = delete;
 
     ~XmlErrors() { xmlSetGenericErrorFunc(nullptr, nullptr); }
 

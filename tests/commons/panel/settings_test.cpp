@@ -133,6 +133,8 @@ TEST(ParamFromBSAStrategy, KnowsTheAccountAndWhatItsTableHas) {
     const ParamFromBSAStrategy source;
     EXPECT_EQ(source.getParam("BSAADM"), "bsaadm");
     EXPECT_THROW(source.getParam("UNKNOWN"), Error<&ParamError>);
+    EXPECT_EQ(thrownText<Error<&ParamError>>([] { getBmmDir(); }),
+              "Can't get param PRODUCT_ROOT_D: no parameter source is set");
 }
 
 } // namespace

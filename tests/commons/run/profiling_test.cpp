@@ -81,8 +81,8 @@ TEST_F(Profiling, AnAsynchronousRunLeavesMetricsWithASpeedOnceThereIsEnoughToMea
     for (const auto type : {ProfilingMetricType::SpeedPack, ProfilingMetricType::SpeedUnpack}) {
         ProfilingMetric(type, &context).finish("/d/a", 7);
         EXPECT_THAT(records(),
-                    HasSubstr("\n{\"attributes\":{\"archive.name\":\"a\",\"archive.path\":\"/d/a\","
-                              "\"archive.size\":7},\"name\":\"" +
+                    HasSubstr(R"({"attributes":{"archive.name":"a","archive.path":"/d/a","archive.size":7},)"
+                              R"("name":")" +
                               profilingText(type)));
     }
     metric.start();
@@ -103,9 +103,9 @@ TEST_F(Profiling, ADiskThatFillsUpAfterTheStartCostsTheFinishAndOneNote) {
     const auto outcome = inChild([&] {
         ProfilingContext context(path);
         const ProfilingOperation outer(ProfilingOperationType::Restore, {}, &context);
-        const FileSizeLimit full(fs::file_size(path));
+        std::optional<FileSizeLimit> full(fs::file_size(path));
         { const ProfilingOperation inner(ProfilingOperationType::RestoreMail, {}, &context); }
-        full.lift();
+        full.reset();
         puts(testing::PrintToString(log.lines).c_str());
     });
     EXPECT_EQ(outcome.out,
