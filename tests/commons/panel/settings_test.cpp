@@ -61,7 +61,9 @@ TEST(ProductPaths, AreThoseOfTheDataFile) {
         PATH(getProductLibDir()) + PATH(getProductRootDir()) + PATH(getQaStatusFile()) +
         PATH(getRestoreSpecificationXsdFile()) + PATH(getSaConvertScript()) + PATH(getSiteIsolationFile()) +
         PATH(getSubPath("a", "b")) + PATH(getTestMetaFile()) + PATH(getVarDir()) +
-        PATH(getVhostSubPath("n", "")) + PATH(getVhostSubPath("n", "/base")) + PATH(getVhostsDir());
+        PATH(getVhostSubPath("n", "")) + PATH(getVhostSubPath("n", "/base")) + PATH(getVhostsDir()) +
+        PATH(joinPath("/a/", "/b")) + PATH(joinPath("a", "b")) + PATH(joinPath("", "b")) +
+        PATH(joinPath("a", ""));
 #undef PATH
     EXPECT_EQ(paths, readFile(SOURCE_FOLDER "/tests/data/product_paths.txt"));
 }
@@ -120,13 +122,6 @@ TEST(ShippedSettingsFile, ListsEveryValueAtItsDefaultAndSetsNone) {
     EXPECT_TRUE(SettingsParser().parse(text).empty());
     EXPECT_EQ(SettingsParser().parse(std::regex_replace(text, std::regex("(^|\n);(\\w+ = )"), "$1$2")),
               SettingsParser().parse("[bmm]\n" + describe({})));
-}
-
-TEST(ProductPaths, HaveOneSlashAtEachJoint) {
-    const char* const cases[][3] = {{"/a/", "/b", "/a/b"}, {"a", "b", "a/b"}, {"", "b", "b"}, {"a", "", "a"}};
-    for (const auto& [a, b, joined] : cases) {
-        EXPECT_EQ(joinPath(a, b), joined);
-    }
 }
 
 TEST(ParamFromBSAStrategy, KnowsTheAccountAndWhatItsTableHas) {
