@@ -1,6 +1,5 @@
 #include "dumpsig/output.h"
 #include "dumpsig/progress.h"
-#include "dumpsig/scan.h"
 
 #include <boost/algorithm/string/replace.hpp>
 #include <gtest/gtest.h>
@@ -24,22 +23,6 @@ TEST(TextLine, ABadByteBecomesOneReplacement) {
               whole +
                   boost::replace_all_copy<std::string>("??|??|??|???????|???|?????|", "?", "\xEF\xBF\xBD") +
                   whole);
-}
-
-TEST(Window, HoldsTheEndBackHoweverTheBytesCome) {
-    const std::string text = "0123456789";
-    for (std::size_t capacity = 0; capacity <= 12; ++capacity) {
-        for (std::size_t piece = 1; piece <= text.size(); ++piece) {
-            std::string passed;
-            Window window(capacity, [&](std::string_view bytes) { passed += bytes; });
-            for (std::size_t at = 0; at < text.size(); at += piece) {
-                window.push(std::string_view(text).substr(at, piece));
-            }
-            const std::size_t held = std::min(capacity, text.size());
-            EXPECT_EQ(passed, text.substr(0, text.size() - held)) << capacity << " " << piece;
-            EXPECT_EQ(window.held(), text.substr(text.size() - held));
-        }
-    }
 }
 
 TEST(Progress, TellsWhatIsKnown) {

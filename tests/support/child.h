@@ -45,15 +45,13 @@ public:
 
     ~Child() {
         if (pid > 0) {
-            kill();
+            kill(pid, SIGKILL);
             wait();
         }
         for (const int stream : streams) {
             close(stream);
         }
     }
-
-    void kill() const { ::kill(pid, SIGKILL); }
 
     /// Waits for the end. To be called once.
     Outcome wait() {

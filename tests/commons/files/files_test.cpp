@@ -53,9 +53,9 @@ TEST_F(FileUtils, AStreamIsComparedFromItsStartAndAFileSystemHasRoom) {
     EXPECT_FALSE(streamEquals(stream, "end") || streamEquals(stream, "begin and end."));
     EXPECT_GT(getFreeSpace(dir.path()), 0U);
     EXPECT_THROW(getFreeSpace(dir.path("none")), Error<&CantStatFS>);
-    fs::last_write_time(dir.write("old", ""),
-                        std::chrono::file_clock::from_sys(std::chrono::sys_time<std::chrono::nanoseconds>{}));
-    EXPECT_EQ(getModificationTime(dir.path("old")), 0);
+    const std::chrono::sys_time<std::chrono::nanoseconds> aDay(std::chrono::hours(24));
+    fs::last_write_time(dir.write("old", ""), std::chrono::file_clock::from_sys(aDay));
+    EXPECT_EQ(getModificationTime(dir.path("old")), 86400);
     EXPECT_THROW(getModificationTime(dir.path("none")), std::system_error);
 }
 
