@@ -8,41 +8,40 @@ using namespace test_support;
 
 TEST(LibxmlProxy, TellsBadSchemasDocumentsAndArgumentsApart) {
     const TempDir folder;
-    const std::string schema =
-        "<schema xmlns='http://www.w3.org/2001/XMLSchema'><element name='n' type='int'/></schema>";
-    std::vector<std::tuple<std::string, std::string, int, std::string>> cases = {
-        {"invalid", "s", 1, "invalid:1: Element 'm': No matching global declaration"},
-        {"missing", "s", 1, "The document cannot be read: ./missing"},
-        {"n", "missing", 11, "The schema cannot be read: ./missing"},
-        {"malformed", "malformed", 11, "Premature end of data"},
-        {"", "s", 2, "--xml-file= names no file"},
-        {"internal", "s", 0, ""},
-        {"external", "s", 1, "External entities are not fetched: n"},
-        {"parameter", "s", 1, "External entities are not fetched: entity"},
-        {"unfetched", "s", 0, ""},
-        {"n", "remote", 11, "Attempt to load network entity"},
-    };
-    folder.write("s", schema);
-    folder.write("remote", "<schema xmlns='http://www.w3.org/2001/XMLSchema'>"
-                           "<include schemaLocation='http://localhost/s'/></schema>");
-    folder.write("n", "1");
-    folder.write("entity", "<!ENTITY e '1'>");
-    folder.write("invalid", "<m/>");
-    folder.write("malformed", "<n>1");
-    folder.write("internal", "<!DOCTYPE n [<!ENTITY e '1'>]><n>&e;</n>");
-    folder.write("external", "<!DOCTYPE n [<!ENTITY e SYSTEM 'n'>]><n>&e;</n>");
-    folder.write("parameter", "<!DOCTYPE n [<!ENTITY % e SYSTEM 'entity'> %e;]><n>&e;</n>");
-    folder.write("unfetched", "<!DOCTYPE n SYSTEM 'http://localhost/' [<!ENTITY e SYSTEM 'n'>]><n>1</n>");
-    for (const std::string name : {"-", "--noout", "a b\n", "a%20#", "http:", "*$(x)'\"", "\xc3\xa9", "n"}) {
-        folder.write(name, "<n>1</n>");
-        folder.write(name + ".xsd", schema);
-        cases.emplace_back(name, name + ".xsd", 0, "");
-    }
-    for (const auto& [document, xsd, status, reason] : cases) {
+    const auto expect = [&](const std::string& document, const std::string& xsd, int status,
+                            const std::string& reason) {
         const Outcome result = runProgram({"/usr/bin/env", "-C", folder.path(), LIBXML_PROXY,
                                            "--validate-xml", "--xml-file=" + document, "--xsd-file=" + xsd});
         EXPECT_EQ(result.status, status) << document << " " << xsd << " " << result.out;
         EXPECT_THAT(result.out, HasSubstr(reason)) << document << " " << xsd;
+    };
+    const std::string schema =
+        "<schema xmlns='http://www.w3.org/2001/XMLSchema'><element name='n' type='int'/></schema>";
+    for (const std::string name : {"-", "--noout", "a b\n", "a%20#", "http:", "*$(x)'\"", "\xc3\xa9", "n"}) {
+        folder.write(name, "<n>1</n>");
+        folder.write(name + ".xsd", schema);
+        expect(name, name + ".xsd", 0, "");
+    }
+    expect("missing", "n.xsd", 1, "The document cannot be read: ./missing");
+    expect("n", "missing", 11, "The schema cannot be read: ./missing");
+    expect("", "n.xsd", 2, "--xml-file= names no file");
+    const std::tuple<std::string, std::string, int, std::string> cases[] = {
+        {"<m/>", schema, 1, "d:1: Element 'm': No matching global declaration"},
+        {"<n>1", "<n>1", 11, "Premature end of data"},
+        {"<!DOCTYPE n [<!ENTITY e '1'>]><n>&e;</n>", schema, 0, ""},
+        {"<!DOCTYPE n [<!ENTITY e SYSTEM 'n'>]><n>&e;</n>", schema, 1,
+         "External entities are not fetched: n"},
+        {"<!DOCTYPE n [<!ENTITY % e SYSTEM 'n'> %e;]><n>&e;</n>", schema, 1, "entities are not fetched: n"},
+        {"<!DOCTYPE n SYSTEM 'http://x/' [<!ENTITY e SYSTEM 'n'>]><n>1</n>", schema, 0, ""},
+        {"<n>1</n>",
+         "<schema xmlns='http://www.w3.org/2001/XMLSchema'><include "
+         "schemaLocation='http://localhost/s'/></schema>",
+         11, "Attempt to load network entity"},
+    };
+    for (const auto& [document, xsd, status, reason] : cases) {
+        folder.write("d", document);
+        folder.write("x", xsd);
+        expect("d", "x", status, reason);
     }
     EXPECT_EQ(runProgram({LIBXML_PROXY, "--validate-xml", "--xml=n"}).out, "Unknown argument: --xml=n\n");
 }
