@@ -4,6 +4,8 @@
 
 #include <boost/algorithm/string/split.hpp>
 
+#include <algorithm>
+
 namespace {
 
 using namespace dumpsig;
@@ -13,10 +15,9 @@ using namespace test_support;
 CommandLine parse(const std::string& line) {
     std::vector<std::string> words;
     boost::split(words, line.empty() ? "dumpsig" : "dumpsig " + line, [](char c) { return c == ' '; });
-    std::vector<const char*> argv;
-    for (const std::string& word : words) {
-        argv.push_back(word.c_str());
-    }
+    std::vector<const char*> argv(words.size());
+    std::transform(words.begin(), words.end(), argv.begin(),
+                   [](const std::string& word) { return word.c_str(); });
     return parseCommandLine(static_cast<int>(argv.size()), argv.data());
 }
 

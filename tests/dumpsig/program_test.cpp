@@ -57,6 +57,9 @@ TEST_F(DumpsigTest, TellsPrograms) {
          R"({"documentOffset":5,"documentBytes":1196,"digest":"*","algorithm":"rsa-sha1","keyBits":1024,)"
          R"("keyFingerprint":"SHA256:*","keyName":"bsabackup.pem","error":null}*)",
          ""},
+        {"[ \"$(dumpsig info --json v3 | jq -r .keyFingerprint) server.pub\" = \"$(dumpsig fingerprint "
+         "server.pub)\" ]",
+         0, "", ""},
         {"{ echo done before; cat v3; } >longer; { read line; dumpsig info -; } <longer", 0,
          "document offset   5\n*\nkey name          bsabackup.pem\n", ""},
         {"sed s/DigestValue\\>/\\&QUJD/ v3 | dumpsig info --json -", 1,

@@ -2,6 +2,7 @@
 
 #include "tests/support/temp_dir.h"
 
+#include <algorithm>
 #include <array>
 #include <functional>
 #include <map>
@@ -96,11 +97,9 @@ inline std::function<void()> program(const std::vector<std::string>& argv, const
         for (const auto& [name, value] : env) {
             setenv(name.c_str(), value.c_str(), 1);
         }
-        std::vector<char*> arguments;
-        for (const std::string& argument : argv) {
-            arguments.push_back(const_cast<char*>(argument.c_str()));
-        }
-        arguments.push_back(nullptr);
+        std::vector<char*> arguments(argv.size() + 1); // with a null pointer at the end
+        std::transform(argv.begin(), argv.end(), arguments.begin(),
+                       [](const std::string& argument) { return const_cast<char*>(argument.c_str()); });
         execv(arguments[0], arguments.data());
         requireSuccess(false, argv[0]);
     };
