@@ -1,6 +1,7 @@
 #include "log4cpp_additions/configure.h"
 #include "tests/support/support.h"
 
+#include <boost/algorithm/string/replace.hpp>
 #include <log4cpp/Category.hh>
 #include <log4cpp/Configurator.hh>
 
@@ -25,22 +26,11 @@ protected:
 };
 
 TEST_F(Configure, EveryTypeWorksAndNobodyElseReadsTheFiles) {
-    const std::string text =
-        "rootCategory=DEBUG, F, O, S, D\r\nappender.O=ConsoleAppender\r\nappender.O.layout=BasicLayout\r\n"
-        "appender.S=org.apache.log4j.StderrAppender\r\nappender.S.threshold=WARN\r\n"
-        "appender.S.layout=org.apache.log4j.PatternLayout\r\n"
-        "appender.S.layout.ConversionPattern=%C%m%n # coloured\r\n"
-        "appender.F=RollingFileAppender\r\nappender.F.fileName=${DIR}/f.log\r\n"
-        "appender.F.maxFileSize=20\r\nappender.F.layout=SimpleLayout\r\n"
-        "category.any.not=ERROR,N\nadditivity.any.not=false\nappender.N=FileAppender\n"
-        "appender.N.fileName=${DIR}/n.log\nappender.N.append=false\nappender.N.layout=PatternLayout\n"
-        "appender.L=LocalSyslogAppender\nappender.R=SyslogAppender\nappender.A=AbortAppender\n"
-        "appender.L.layout=BasicLayout\nappender.R.layout=BasicLayout\nappender.D=DailyRollingFileAppender\n"
-        "appender.D.fileName=${DIR}/d.log\nappender.D.layout=SimpleLayout\n";
     dir.write("n.log", "old");
     fs::permissions(dir.path("n.log"), fs::perms(0600));
     const mode_t before = umask(0);
-    configure(text);
+    configure(
+        boost::replace_all_copy(readFile(SOURCE_FOLDER "/tests/data/appenders.properties"), "\n", "\r\n"));
     testing::internal::CaptureStderr();
     testing::internal::CaptureStdout();
     log4cpp::Category::getInstance("any").info("older than two files hold");
