@@ -85,8 +85,8 @@ TEST_F(DumpsigTest, KeepsErrorsApartFromVerdicts) {
         {"(truncate -s 1000 v3; cat v1) >p & verify p v3", 2, "", "dumpsig: v3: shrank while it was read\n"},
         {"verify all >/dev/full", 2, "", "dumpsig: standard output: No space left on device\n"},
         {"verify all >&-", 2, "", "dumpsig: standard output: Bad file descriptor\n"},
-        {"dumpsig \"$(printf 'very\nfy')\" v1", 2, "",
-         "dumpsig: very; fy is neither a command nor an option\n"},
+        {"dumpsig fingerprint; dumpsig \"$(printf 'very\nfy')\" v1", 2, "",
+         "dumpsig: no key file is given\ndumpsig: very; fy is neither a command nor an option\n"},
         {"dumpsig --version", 0, "dumpsig *.*.*\n", ""},
         {"dumpsig cat --help", 0, "*--key*Exit code: *", ""},
     });
