@@ -121,6 +121,7 @@ TEST_F(BackupRestoreHelper, KeepsWhateverANewPairReplaces) {
         {"mkfifo -m 644 pair.pem", "is not a regular file", "prw-r--r--", ""},
         {"cp ../good ../target; ln -s ../target pair.pem", "", "-rw-------", kPair},
         {"ln -s nowhere pair.pem", "No key pair is stored", "lrwxrwxrwx", ""},
+        {"ln -s pair.pem pair.pem", "Too many levels of symbolic links", "lrwxrwxrwx", ""},
     };
     root.write("var/good", kPair);
     for (const auto& [setup, reason, mode, content] : cases) {
