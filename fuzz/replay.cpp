@@ -1,4 +1,5 @@
-// In the place of libFuzzer, for any compiler: runs a target over the files of a folder.
+// In the place of libFuzzer, for any compiler: runs a target over the files of a folder, each whole and cut
+// off after each of its bytes.
 
 #include "fuzz/fuzz.h"
 
@@ -13,7 +14,9 @@ int main(int argc, char** argv) {
         const std::string text(std::istreambuf_iterator<char>(stream), {});
         std::fprintf(stderr, "%s\n", file.path().c_str());
         ++files;
-        LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+        for (std::size_t size = 0; size <= text.size(); ++size) {
+            LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(text.data()), size);
+        }
     }
     fuzz::require(files > 0, "there are files to replay");
     return 0;

@@ -50,10 +50,10 @@ def sources_of(names):
 
 
 class Program:
-    """A program of tests, by its target's name."""
+    """A program of tests, or one that replays what was found by fuzzing, by its target's name."""
 
-    def __init__(self, path, folder):
-        self.path, self.folder, self.name = path, folder, Path(path).name
+    def __init__(self, path, folder, arguments):
+        self.path, self.folder, self.arguments, self.name = path, folder, arguments, Path(path).name
         self.seconds = 0  # that it takes when nothing is broken
 
     def likely(self, file):
@@ -83,7 +83,7 @@ class Tree:
 
     def try_tests(self, program, timeout):
         try:
-            tests = self.run([program.path, f"--gtest_filter={SLOW}", "--gtest_fail_fast"], timeout)
+            tests = self.run([program.path, *program.arguments], timeout)
         except subprocess.TimeoutExpired:
             return HANGS
         return SURVIVED if tests.returncode == 0 else NOTICED
@@ -131,14 +131,18 @@ class Tree:
 
 
 def programs_of(repo):
-    """The programs of tests, in the order of their names."""
+    """The programs of scripts/test that are ours, in the order of their names."""
     listed = subprocess.run(["ctest", "--show-only=json-v1"], cwd=repo / BUILD, check=True, capture_output=True).stdout
     found = {}
     for test in json.loads(listed)["tests"]:
         folder = next(each["value"] for each in test["properties"] if each["name"] == "WORKING_DIRECTORY")
-        if any(argument.startswith("--gtest_filter") for argument in test["command"]):
-            found[test["command"][0]] = os.path.relpath(folder, repo / BUILD)
-    return [Program(path, folder) for path, folder in sorted(found.items())]
+        path, *arguments = test["command"]
+        if any(argument.startswith("--gtest_filter") for argument in arguments):
+            arguments = [f"--gtest_filter={SLOW}", "--gtest_fail_fast"]
+        elif not test["name"].startswith("FuzzCorpus."):
+            continue
+        found[path] = Program(path, os.path.relpath(folder, repo / BUILD), arguments)
+    return [found[path] for path in sorted(found)]
 
 
 def sample(repo, names, only, seed):
