@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # messages.sh: docs/messages.md has every text that the sources raise, print or log ("…" stands for what is filled in), and
-# all answers to a dump that the manual page repeats; the helper's manual page has every text of the helper.
+# all answers to a dump that the manual page repeats; the helper's manual page has every text of the helper. The names and
+# texts of all tagged failures, which callers know, are those of tests/data/messages.txt.
 source "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/../../scripts/common.sh"
 cd "$repo"
 
@@ -32,6 +33,10 @@ texts=$({
 } | literals)
 (($(wc -l <<<"$texts") > 100)) || die "the sources can't be read any more"
 has docs/messages.md "$texts"
+
+grep -rhozP "$tag" "${folders[@]}" | tr '\0\n' '\n ' |
+    sed -E 's/" +"//g; s/^ BRASK_ERROR_TAG\((\w+), *"(.*)" *$/\1: \2/' | LC_ALL=C sort | diff tests/data/messages.txt - >&2 ||
+    die "tests/data/messages.txt knows other failures"
 
 helper=$(grep -hozP "\bFailure\([^;]*?${literal}[^;]*;" product/backup_restore_helper/*.cpp | literals)
 (($(wc -l <<<"$helper") > 10)) || die "the helper's sources can't be read any more"
