@@ -95,6 +95,8 @@ TEST_F(FileUtils, FilesAndTreesGoFromOneFileSystemToTheOther) {
         const std::string to = fs::path(parent.write("to/file", "old")).parent_path();
         if (carry != +move) {
             EXPECT_THROW(carry(from, to, false), fs::filesystem_error);
+            carry(from, parent.path("new"), false);
+            EXPECT_TRUE(fs::exists(parent.path("new/file")));
         }
         carry(from, to, true);
         EXPECT_EQ(readFile(to + "/file"), "content");
