@@ -85,7 +85,7 @@ TEST_F(DumpTest, VolumesAboveFourGigabytesTakeNoMoreMemoryThanSmallOnes) {
         long kib = 0;
         EXPECT_TRUE(peaks >> kib);
 #ifndef __SANITIZE_ADDRESS__
-        EXPECT_LT(kib, 16 * 1024) << run;
+        EXPECT_LT(kib, 24 * 1024) << run;
 #endif
     }
     // A change in front of the signature, beyond 4 GiB, is found.
