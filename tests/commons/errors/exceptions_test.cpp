@@ -26,6 +26,9 @@ TEST(Error, ItsCopyTellsWhatWentWrongWhereAndWhy) {
 static_assert(!std::is_base_of_v<ExTraceableBase<ExDefault>, Error<&NoParentNode, ExFatal>>);
 
 TEST(SystemError, IsToldByTextAndFiveCodesByType) {
+    EXPECT_THROW(throwSystemError("m", EPERM), ExSystemError<EPERM>);
+    EXPECT_THROW(throwSystemError("m", ENOENT), ExSystemError<ENOENT>);
+    EXPECT_THROW(throwSystemError("m", ECHILD), ExSystemError<ECHILD>);
     EXPECT_THROW(throwSystemError("m", EAGAIN), ExSystemError<EAGAIN>);
     EXPECT_EQ(thrownText<SystemError>([] { throwSystemError("m", EIO); }), "m: Input/output error");
 }

@@ -50,12 +50,13 @@ TEST(ProductPaths, AreThoseOfTheDataFile) {
 #define PATH(call) std::string(#call " = ") + (call) + "\n"
     const std::string paths =
         PATH(getAdminBinPath("n")) + PATH(getAdminConfDir()) + PATH(getAdminSbinPath("n")) +
-        PATH(getApacheRestartLock()) + PATH(getApiCliScript("n")) + PATH(getApsPackagesDir()) +
-        PATH(getBackupScript("n")) + PATH(getBmmConfigFile()) + PATH(getBmmDir()) + PATH(getBmmFile("n")) +
-        PATH(getBmmLogDir()) + PATH(getBmmTmpDir()) + PATH(getBraskXsdFile()) + PATH(getChrootShellPath()) +
-        PATH(getCorrectAwStatisticsScript()) + PATH(getCustomTemplatesDir()) + PATH(getCustomizationsFile()) +
-        PATH(getDumpingStatusFile("n")) + PATH(getEngineRunCommand().at(0)) + PATH(getHealthConfigFile()) +
-        PATH(getInitDir()) + PATH(getLibxmlProxyPath()) + PATH(getLockDir()) + PATH(getMailmanArchPath()) +
+        PATH(getAgentsDir()) + PATH(getApacheRestartLock()) + PATH(getApiCliScript("n")) +
+        PATH(getApsPackagesDir()) + PATH(getBackupScript("n")) + PATH(getBmmConfigFile()) +
+        PATH(getBmmDir()) + PATH(getBmmFile("n")) + PATH(getBmmLogDir()) + PATH(getBmmTmpDir()) +
+        PATH(getBraskXsdFile()) + PATH(getChrootShellPath()) + PATH(getCorrectAwStatisticsScript()) +
+        PATH(getCustomTemplatesDir()) + PATH(getCustomizationsFile()) + PATH(getDumpingStatusFile("n")) +
+        PATH(getEngineRunCommand().at(0)) + PATH(getHealthConfigFile()) + PATH(getInitDir()) +
+        PATH(getLibxmlProxyPath()) + PATH(getLockDir()) + PATH(getMailmanArchPath()) +
         PATH(getMailmanVarDir()) + PATH(getMailnamesDir()) + PATH(getMb2mdScript()) + PATH(getMchkPath()) +
         PATH(getModuleVarPath("n")) + PATH(getMysqlBinDir()) + PATH(getPgsqlBinDir()) +
         PATH(getProductLibDir()) + PATH(getProductRootDir()) + PATH(getQaStatusFile()) +
@@ -66,6 +67,8 @@ TEST(ProductPaths, AreThoseOfTheDataFile) {
         PATH(joinPath("a", ""));
 #undef PATH
     EXPECT_EQ(paths, readFile(SOURCE_FOLDER "/tests/data/product_paths.txt"));
+    EXPECT_THAT(getMysqlClientPath() + getMysqlDumpPath(),
+                MatchesRegex("/usr/bin/(mariadb|mysql)/usr/bin/(mariadb-|mysql)dump"));
 }
 
 TEST(SettingsParser, ANumberFitsItsTypeAndAWordIsFalseOrTrue) {

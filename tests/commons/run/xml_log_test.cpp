@@ -61,15 +61,16 @@ TEST_F(ExecutionLog, AnObjectIsTheFirstOfItsNameAndTypeThatIsLeft) {
     xml.RemoveEmptyObject();
     xml.AddMessage(40, Plain("", "1"), path);
     xml.AddObject("o", "Domain");
-    xml.AddMessage(40, Plain("", "2"));
+    xml.AddMessage(Plain("", "2"));
     xml.RemoveEmptyObject();
     xml.AddObject("o", "Domain");
     xml.RemoveEmptyObject();
     xml.AddMessage(40, Plain("", "3"), path);
     xml.AddMessage(40, Plain("", "4"), {{"o", "Domain"}, {"o", "Domain"}});
     xml.AddMessage(40, Plain("", "5"), {{"' or @name='o", "Domain"}});
-    expectContent(R"(<object name="o" type="Domain">{error:1}{error:3}<object name="o" type="Domain">)"
-                  R"({error:4}</object>{error:5}</object><object name="o" type="Domain">{error:2}</object>)");
+    expectContent(
+        R"(<object name="o" type="Domain">{error:1}{error:3}<object name="o" type="Domain">)"
+        R"({error:4}</object>{error:5}</object><object name="o" type="Domain">{warning:2}</object>)");
     const XmlErrors quiet;
     for (const std::string name : {"it's", "\x01"}) {
         EXPECT_THROW(xml.AddMessage(Plain("", ""), {{name, ""}}), Error<&tError_XPath_CantEvaluate>);
