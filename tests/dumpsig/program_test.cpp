@@ -1,7 +1,6 @@
 #include "tests/dumpsig/dumpsig_fixture.h"
 
 #include <algorithm>
-#include <sstream>
 
 namespace {
 

@@ -198,6 +198,14 @@ TEST_F(SharedFileTest, LocksAreHeldGivenUpAndNeverChangedIntoTheOtherKind) {
     EXPECT_FALSE(lockIsFree(LOCK_SH)) << "the caller's lock stays";
     EXPECT_EQ(thrownText<std::runtime_error>([&] { file.lockShared(); }),
               "The file " + path + " has already locked in the exclusive mode");
+    const auto child = inChild([&] {
+        const FailingLog failing;
+        SharedFile lost(path, kSame, kSame, 0600);
+        file.unlock();
+        lost.lockShared();
+        close_range(3, ~0U, 0); // it can't be unlocked, which is not the end of the process
+    });
+    EXPECT_EQ(child.status, 0);
 }
 
 } // namespace
