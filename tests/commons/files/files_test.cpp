@@ -182,7 +182,9 @@ TEST_F(SharedFileTest, ManyProcessesLeaveEveryRecordWhole) {
 TEST_F(SharedFileTest, ALineBeginsOnALineOfItsOwnAndNothingThatWasThereIsLost) {
     for (const std::string before : {"", "whole\n", "torn", "whole\ntorn"}) {
         dir.write("shared", before);
-        SharedFile(path, kSame, kSame, 0600).AppendLine("line");
+        SharedFile file(path, kSame, kSame, 0600);
+        file.AppendLine("line");
+        EXPECT_TRUE(lockIsFree(LOCK_EX));
         EXPECT_EQ(readFile(path), before + (before.empty() || before.back() == '\n' ? "" : "\n") + "line\n");
     }
 }

@@ -5,6 +5,9 @@
 
 #include <regex>
 
+#include <fcntl.h>
+#include <sys/file.h>
+
 namespace {
 
 using namespace test_support;
@@ -106,9 +109,10 @@ TEST_F(Profiling, ADiskThatFillsUpAfterTheStartCostsTheFinishAndOneNote) {
         { const ProfilingOperation inner(ProfilingOperationType::RestoreMail, {}, &context); }
         full.reset();
         puts(testing::PrintToString(log.lines).c_str());
+        puts(flock(open(path.c_str(), O_RDONLY), LOCK_SH | LOCK_NB) == 0 ? "unlocked" : "locked");
     });
     EXPECT_EQ(outcome.out,
-              "{ \"" + cancelled + "Failed to write the file " + path + ": File too large\" }\n");
+              "{ \"" + cancelled + "Failed to write the file " + path + ": File too large\" }\nunlocked\n");
     EXPECT_THAT(records(), EndsWith("\"start\":\"TIME\",\"type\":\"operation\"}\n"));
 }
 
