@@ -185,7 +185,8 @@ TEST_F(SharedFileTest, ALineBeginsOnALineOfItsOwnAndNothingThatWasThereIsLost) {
         SharedFile file(path, kSame, kSame, 0600);
         file.AppendLine("line");
         EXPECT_TRUE(lockIsFree(LOCK_EX));
-        EXPECT_EQ(readFile(path), before + (before.empty() || before.back() == '\n' ? "" : "\n") + "line\n");
+        SharedFile(path, kSame, kSame, 0600).Append("+");
+        EXPECT_EQ(readFile(path), before + (before.empty() || before.back() == '\n' ? "" : "\n") + "line\n+");
     }
 }
 
