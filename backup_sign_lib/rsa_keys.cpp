@@ -133,8 +133,8 @@ RSA* readKeyValue(const std::string& modulus, const std::string& exponent) {
     RsaPtr key(RSA_new());
     BnPtr n = readPartOfPublicKey(modulus);
     BnPtr e = readPartOfPublicKey(exponent);
-    if (key == nullptr || n == nullptr || e == nullptr ||
-        RSA_set0_key(key.get(), n.get(), e.get(), nullptr) != 1) {
+    // A new key takes no number that isn't there.
+    if (key == nullptr || RSA_set0_key(key.get(), n.get(), e.get(), nullptr) != 1) {
         return nullptr;
     }
     // The key owns them now.

@@ -24,7 +24,7 @@ bool isDeadly(int signal, const sigset_t& heldBefore) {
 }
 
 int opened(int fd, const char* what) {
-    if (fd < 0) {
+    if (fd == -1) {
         brask::throwSystemError(what, errno);
     }
     return fd;
@@ -33,17 +33,15 @@ int opened(int fd, const char* what) {
 } // namespace
 
 SignalHold::SignalHold() {
-    sigset_t held;
-    sigemptyset(&held);
-    sigaddset(&held, SIGPIPE);
     sigemptyset(&sent);
     pthread_sigmask(SIG_SETMASK, nullptr, &before);
     for (const int signal : {SIGINT, SIGQUIT, SIGTERM, SIGHUP}) {
         if (isDeadly(signal, before)) {
             sigaddset(&sent, signal);
-            sigaddset(&held, signal);
         }
     }
+    sigset_t held = sent;
+    sigaddset(&held, SIGPIPE);
     pthread_sigmask(SIG_BLOCK, &held, nullptr);
 }
 

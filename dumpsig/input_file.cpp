@@ -41,7 +41,7 @@ InputFile::InputFile(const std::string& path)
                 Descriptor(path == kStandardStream
                                ? STDIN_FILENO
                                : TEMP_FAILURE_RETRY(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)))) {
-    if (file.get() < 0) {
+    if (file.get() == -1) {
         brask::throwSystemError(messageName, errno);
     }
     if (S_ISDIR(statusOf(*this).st_mode)) {

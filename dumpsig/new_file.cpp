@@ -42,7 +42,7 @@ void checkPlace(const std::string& path, bool replace) {
 int createdFile(const std::string& temporaryPath, const std::string& path) {
     constexpr mode_t kUmaskLeaves = 0666;
     const int fd = open(temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kUmaskLeaves);
-    if (fd < 0) {
+    if (fd == -1) {
         brask::throwSystemError(path, errno);
     }
     return fd;
@@ -57,10 +57,10 @@ void syncOrThrow(int fd, const std::string& path) {
 void syncFolder(const std::string& path) {
     const Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     // A folder that may be written need not be readable, and can't be synced then.
-    if (folder.get() < 0 && errno == EACCES) {
+    if (folder.get() == -1 && errno == EACCES) {
         return;
     }
-    if (folder.get() < 0) {
+    if (folder.get() == -1) {
         brask::throwSystemError(path, errno);
     }
     syncOrThrow(folder.get(), path);

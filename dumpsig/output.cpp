@@ -51,15 +51,15 @@ struct Lead {
     unsigned char secondLast;
 };
 
-constexpr std::array<Lead, 9> kLeads{{{0x00, 0x7F, 1, 0, 0},
-                                      {0xC2, 0xDF, 2, 0x80, 0xBF},
-                                      {0xE0, 0xE0, 3, 0xA0, 0xBF},
-                                      {0xE1, 0xEC, 3, 0x80, 0xBF},
-                                      {0xED, 0xED, 3, 0x80, 0x9F},
-                                      {0xEE, 0xEF, 3, 0x80, 0xBF},
-                                      {0xF0, 0xF0, 4, 0x90, 0xBF},
-                                      {0xF1, 0xF3, 4, 0x80, 0xBF},
-                                      {0xF4, 0xF4, 4, 0x80, 0x8F}}};
+constexpr auto kLeads = std::to_array<Lead>({{0x00, 0x7F, 1, 0, 0},
+                                             {0xC2, 0xDF, 2, 0x80, 0xBF},
+                                             {0xE0, 0xE0, 3, 0xA0, 0xBF},
+                                             {0xE1, 0xEC, 3, 0x80, 0xBF},
+                                             {0xED, 0xED, 3, 0x80, 0x9F},
+                                             {0xEE, 0xEF, 3, 0x80, 0xBF},
+                                             {0xF0, 0xF0, 4, 0x90, 0xBF},
+                                             {0xF1, 0xF3, 4, 0x80, 0xBF},
+                                             {0xF4, 0xF4, 4, 0x80, 0x8F}});
 
 /// The length of the character that `text` begins with, 0 when it begins with none.
 std::size_t characterLength(std::string_view text) {

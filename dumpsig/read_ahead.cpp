@@ -127,7 +127,7 @@ private:
     bool reading = false;
     bool ended = false;
     bool stopped = false;
-    bool threadStarted = false;
+    std::once_flag threadStarted;
     Source source;
 };
 
@@ -148,9 +148,9 @@ std::optional<ReadAhead::Block> ReadAhead::Pipeline::next() {
     if (slot.failure) {
         std::rethrow_exception(slot.failure);
     }
-    if (!threadStarted && slot.block && slot.block->bytes.size() == kBlockSize) {
+    if (slot.block && slot.block->bytes.size() == kBlockSize) {
         // Less is read faster than a thread starts.
-        startThread();
+        std::call_once(threadStarted, [this] { startThread(); });
     }
     return slot.block;
 }
@@ -162,7 +162,6 @@ void ReadAhead::Pipeline::stop() {
 }
 
 void ReadAhead::Pipeline::startThread() {
-    threadStarted = true;
     try {
         std::thread([self = shared_from_this()] { self->readAhead(); }).detach();
     } catch (const std::system_error&) {

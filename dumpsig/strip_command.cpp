@@ -64,10 +64,10 @@ std::string stripToOutput(const CommandLine& call) {
 /// Opened so that neither a link leads elsewhere nor a pipe keeps us waiting.
 InputFile openInPlace(const std::string& path) {
     Descriptor file(open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (file.get() < 0 && errno == ELOOP) {
+    if (file.get() == -1 && errno == ELOOP) {
         BRASK_THROW(FileError, path, "is a symbolic link, so it is not stripped in place");
     }
-    if (file.get() < 0) {
+    if (file.get() == -1) {
         brask::throwSystemError(shownName(path), errno);
     }
     return {path, std::move(file)};

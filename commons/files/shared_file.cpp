@@ -15,8 +15,8 @@
 
 namespace brask {
 
-SharedFile::SharedFile(const std::string& path, uid_t owner, gid_t group, mode_t mode) : path_(path) {
-    fd_ = static_cast<int>(TEMP_FAILURE_RETRY(open(path.c_str(), O_RDWR | O_CREAT, mode)));
+SharedFile::SharedFile(const std::string& path, uid_t owner, gid_t group, mode_t mode)
+    : path_(path), fd_(static_cast<int>(TEMP_FAILURE_RETRY(open(path.c_str(), O_RDWR | O_CREAT, mode)))) {
     if (fd_ == -1) {
         raiseSystemError("Failed to open the file {}");
     }

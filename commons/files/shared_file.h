@@ -57,7 +57,7 @@ private:
     [[noreturn]] void raiseSystemError(const char* messageTemplate) const;
 
     std::string path_;
-    int fd_ = 0;
+    int fd_;
     // What this object holds; the kernel is not asked.
     LockMode lockMode_ = LockMode::None;
 };

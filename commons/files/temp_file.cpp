@@ -61,7 +61,7 @@ std::string randomCharacters() {
 std::pair<std::string, int> BMM_getTempFile(const std::string& dir, const std::string& name, bool exactName) {
     std::vector<char> path = makeTemplate(dir, name, exactName);
     const int fd = mkstemp(path.data());
-    if (fd < 0) {
+    if (fd == -1) {
         const int code = errno;
         throwIfFull(dir, code);
         BRASK_THROW(CantCreateTempFile, path.data(), std::strerror(code));

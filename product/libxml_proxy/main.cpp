@@ -106,7 +106,7 @@ int openFile(const std::string& path) {
 
 Document readDocument(const std::string& path, const Failure& unreadable) {
     const int fd = openFile(path);
-    if (fd < 0) {
+    if (fd == -1) {
         throw Failure{unreadable.status, unreadable.reason + path};
     }
     std::string refused;

@@ -53,17 +53,17 @@ Entry readEntry(DIR* directory, dirent64& entry) {
     return result != nullptr ? Entry::kRead : Entry::kEnd;
 }
 
-/// Closes the listed descriptors until the listing ends (0) or can't be followed any further (-1).
-int closeListed(DIR* directory, int lowestFd, bool& ownFdSeen) {
+/// Closes the listed descriptors until the listing ends, and says whether it could be followed that far.
+bool closeListed(DIR* directory, int lowestFd, bool& ownFdSeen) {
     const int maxOpen = getdtablesize();
     int budget = maxOpen >= 1000 ? maxOpen / 10 : 100;
     for (;;) {
         dirent64 entry;
         switch (readEntry(directory, entry)) {
         case Entry::kError:
-            return -1;
+            return false;
         case Entry::kEnd:
-            return 0;
+            return true;
         case Entry::kRead:
             break;
         }
@@ -72,7 +72,7 @@ int closeListed(DIR* directory, int lowestFd, bool& ownFdSeen) {
         }
         const int fd = parseStrictNumber(entry.d_name);
         if (fd < 0 || fd >= maxOpen) {
-            return -1;
+            return false;
         }
         if (fd == dirfd(directory)) {
             ownFdSeen = true;
@@ -80,23 +80,23 @@ int closeListed(DIR* directory, int lowestFd, bool& ownFdSeen) {
             close(fd);
         }
         if (budget <= 0) {
-            return -1;
+            return false;
         }
         --budget;
     }
 }
 
-/// Returns 0 when all descriptors of a listing that can be trusted were walked, -1 otherwise.
-int closeByListing(int lowestFd) {
+/// Says whether all descriptors of a listing that can be trusted were walked.
+bool closeByListing(int lowestFd) {
     DIR* directory = opendir("/proc/self/fd");
     if (directory == nullptr) {
-        return -1;
+        return false;
     }
     bool ownFdSeen = false;
-    const int result = closeListed(directory, lowestFd, ownFdSeen);
+    const bool isWhole = closeListed(directory, lowestFd, ownFdSeen);
     closedir(directory);
     // A listing without the descriptor that it is read through is not that of this process.
-    return ownFdSeen ? result : -1;
+    return isWhole && ownFdSeen;
 }
 
 } // namespace
@@ -142,7 +142,7 @@ pid_t forkExecvPipes(int stdinFd, int stdoutFd, int stderrFd, const std::string&
 void closefrom(int lowestFd) {
     const int error = errno;
     // Kernels before 5.9 and the system call filters of some containers have no close_range.
-    if (close_range(lowestFd, ~0U, 0) != 0 && closeByListing(lowestFd) != 0) {
+    if (close_range(lowestFd, ~0U, 0) != 0 && !closeByListing(lowestFd)) {
         for (int fd = getdtablesize(); fd >= lowestFd; --fd) {
             close(fd);
         }

@@ -32,7 +32,6 @@ const char* const escape_chars = kMarks.data();
 
 std::string escapeForShell(const std::string& text) {
     std::string escaped;
-    escaped.reserve(text.size());
     for (const char c : text) {
         switch (markOf(c)) {
         case '*':

@@ -56,7 +56,7 @@ int waitForExit(pid_t child) {
     do {
         waited = waitpid(child, &status, 0);
     } while (waited == -1 && (errno == EINTR || errno == ECHILD));
-    return waited > 0 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return waited == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 struct StringIoContext {
