@@ -1,7 +1,7 @@
 """Finds the places of a C++ source whose logic can be broken, and the ways to break each.
 
 It knows the sources as clang-format leaves them. Left alone are texts, comments, what the preprocessor takes, static
-assertions, enumerations and the rows of tables."""
+assertions, enumerations and the rows of tables, and statements that only give memory back or ask for it early."""
 
 import bisect
 import re
@@ -29,6 +29,8 @@ STATEMENT = re.compile(rf"(?<=[;{{}}:])\s+((?:[^;{{}}()]|{PARENTHESES})+;)")
 ACTION = re.compile(r"(?!return\b|using\b|if\b|for\b|while\b)"
                     r"(\*?\w[\w:]*((\.|->|\(\)\.|\(\)->)\w+|\[[^\]]*\])*\s*(\(|[-+*|&]?= |<<|\+\+|--)|(\+\+|--)\w)|throw\b"
                     r"|(break|continue|return);$")
+# What gives memory back or asks for it early; the sanitizers' run looks for memory that is lost.
+MEMORY = re.compile(r"[\w:]*[fF]ree\w*\(|[\w.>-]*\breserve\(|va_end\(|iconv_close\(")
 GUARD = re.compile(rf"(?!return\b|delete\b)(?:const )?[A-Za-z_][\w:<>, ]* (\w+)(?:{PARENTHESES})?;$", re.S)
 
 
@@ -102,7 +104,7 @@ def statement_breaks(code):
         statement = match[1]
         guard = GUARD.match(statement)
         unused = guard and not re.search(rf"\b{guard[1]}\b", code[match.end():match.end() + 3000])
-        if ACTION.match(statement) or unused:
+        if (ACTION.match(statement) and not MEMORY.match(statement)) or unused:
             yield match.start(1), match.end(1), [";"]
 
 

@@ -78,8 +78,9 @@ class Tree:
             shutil.copytree(repo / BUILD, copy, symlinks=True)
 
     def run(self, command, timeout=None):
+        # In a session of its own, as whoever signals its process group reaches beyond the name space.
         return subprocess.run([*CAGE, self.root, self.repo, *command], timeout=timeout, stdin=subprocess.DEVNULL,
-                              capture_output=True, text=True, errors="replace")
+                              capture_output=True, text=True, errors="replace", start_new_session=True)
 
     def try_tests(self, program, timeout):
         try:
