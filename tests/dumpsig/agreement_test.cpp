@@ -95,11 +95,14 @@ Outcome verify(Texts command, const Texts& volumes) {
 
 using AgreementTest = ToolTest;
 
-TEST_F(AgreementTest, AThousandDumpsAreJudgedAlikeByBothPrograms) {
+TEST_F(AgreementTest, WithoutAKeyFileItIsTheOneThatTheServerPublishes) {
     const Outcome none = runProgram({DUMPSIG_PROGRAM, "verify", "/dev/null"});
     EXPECT_EQ(none.status, 2);
     EXPECT_THAT(none.err,
                 StartsWith("dumpsig: " + productPath("admin/htdocs/bu_pubkey.txt") + ": no such file"));
+}
+
+TEST_F(AgreementTest, AThousandDumpsAreJudgedAlikeByBothPrograms) {
     const std::string pair = tool({"--get-certificate"}).out;
     DumpMaker maker(1, pair.substr(0, pair.find("\n\n")), pair.substr(pair.find("\n\n") + 2));
     int good = 0;

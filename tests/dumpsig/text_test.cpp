@@ -10,7 +10,8 @@ using namespace dumpsig;
 
 TEST(TextLine, HasOneLineAndNothingThatATerminalObeys) {
     EXPECT_EQ(oneLine("a\nb\r\nc\rd\n\r\n"), "a; b; c; d");
-    EXPECT_EQ(oneLine("\x1b[31m\x07\x7f\tx\xc2\x9b\xc2o\xc2\xa0\xff"), "?[31m??\tx?\xc2o\xc2\xa0\xff");
+    EXPECT_EQ(oneLine("\x1b[31m\x07\x7f\tx\xc2\x9f\xc2o\xc2\xa0\xff\xc2\x80"),
+              "?[31m??\tx?\xc2o\xc2\xa0\xff?");
 }
 
 TEST(TextLine, ABadByteBecomesOneReplacement) {
@@ -32,6 +33,7 @@ TEST(Progress, TellsWhatIsKnown) {
     EXPECT_EQ(progressLine(999, std::nullopt, 1), "999 B, 999 B/s");
     EXPECT_EQ(progressLine(kGib << 22, std::nullopt, 1), "4.0 PiB, 4.0 PiB/s");
     EXPECT_EQ(progressLine(0, 1024 * 1024 - 1, 1), "0 B of 1.0 MiB, 0%, 0 B/s");
+    EXPECT_EQ(progressLine(0, 0, 1), "0 B, 0 B/s");
     EXPECT_EQ(progressLine(20, 10, 1), "10 B of 10 B, 100%, 20 B/s, 0:00 left"); // it grew
 }
 

@@ -26,8 +26,9 @@ protected:
 };
 
 TEST_F(Configure, EveryTypeWorksAndNobodyElseReadsTheFiles) {
-    dir.write("n.log", "old");
-    fs::permissions(dir.path("n.log"), fs::perms(0600));
+    for (const char* name : {"n.log", "e.log"}) {
+        fs::permissions(dir.write(name, "old\n"), fs::perms(0600));
+    }
     const mode_t before = umask(0);
     configure(
         boost::replace_all_copy(readFile(SOURCE_FOLDER "/tests/data/appenders.properties"), "\n", "\r\n"));
@@ -46,12 +47,17 @@ TEST_F(Configure, EveryTypeWorksAndNobodyElseReadsTheFiles) {
         {"d.log", "INFO    : older than two files hold\nINFO    : first, long line\nWARN    : seen\n",
          fs::perms(0640)},
         {"n.log", "only there\n", fs::perms(0600)},
+        {"e.log", "old\nseen\n", fs::perms(0600)},
     };
     for (const auto& [name, content, mode] : files) {
         EXPECT_EQ(readFile(dir.path(name)), content) << name;
         EXPECT_EQ(fs::status(dir.path(name)).permissions(), mode) << name;
     }
     EXPECT_FALSE(fs::exists(dir.path("f.log.2")));
+    log4cpp::Category::getInstance("big").info(std::string((10 << 20) - 2, 'x')); // and a line end
+    EXPECT_FALSE(fs::exists(dir.path("b.log.1")));
+    log4cpp::Category::getInstance("big").info("");
+    EXPECT_TRUE(fs::exists(dir.path("b.log.1")));
 }
 
 /// A file appender to which only its pattern is missing.

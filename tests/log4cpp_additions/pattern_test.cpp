@@ -23,6 +23,7 @@ TEST(ColorPatternLayout, FormatsAsTheStockLayoutBesideItsOwnSpecifiers) {
         ColorPatternLayout layout(pattern);
         EXPECT_EQ(layout.format(log4cpp::LoggingEvent("cat", "text", "", priority)), expected) << priority;
     }
+    EXPECT_EQ(ColorPatternLayout("[%m]").format(log4cpp::LoggingEvent("cat", "", "", 600)), "[]");
     for (const char* pattern : {"%q", "%C%q", "%-C", "%.P", "%P%-m", "%99999999999P"}) {
         EXPECT_THROW(ColorPatternLayout{pattern}, log4cpp::ConfigureFailure) << pattern;
     }

@@ -71,6 +71,7 @@ TEST_F(BackupRestoreHelper, ServesWhateverHoldsBothKeysInTheWireForm) {
         {std::regex_replace(kPair, std::regex("\n"), " \n"), kPair},
         {"\xef\xbb\xbf" + kPublic + "#\n\n" + kPrivate.substr(0, kPrivate.size() - 1), kPair},
         {kPair + std::string(100, '\0'), kPair},
+        {kPrivate + "-----BEGIN PUBLIC KEY-----\nAAAA\n" + kPublic, kPair},
         {"a\r\n\r\nb\r\n", "a\n\nb\n"},
         {pairOf('x', 65536), pairOf('x', 65536)},
     };
@@ -93,6 +94,7 @@ TEST_F(BackupRestoreHelper, EachRefusalIsOneLineAndKeepsTheOldPair) {
     run(kSet, kPair);
     const std::tuple<std::string, std::string, std::string> cases[] = {
         {"$h " + kSet, "", "is empty"},
+        {"$h " + kSet + " <&-", "", "standard input: Bad file descriptor"},
         {"$h " + kSet, pairOf('x', 65537), "is longer than 65536 bytes"},
         {"$h " + kSet, std::string("a\n\nb\0c", 6), "holds a zero byte"},
         {"$h " + kSet, "\n\nb\n", "is not two keys"},
@@ -105,6 +107,7 @@ TEST_F(BackupRestoreHelper, EachRefusalIsOneLineAndKeepsTheOldPair) {
         {"$h " + kRestore + " pair.pem.20000101T000000.000000Z", "", "No key pair is stored as"},
         {"cp pair.pem ../; $h " + kRestore + " ../pair.pem", "", "is not the name of an archived"},
         {"echo >pair.pem.2; $h " + kRestore + " pair.pem.2; s=$?; rm pair.pem.2; exit $s", "", "two keys"},
+        {"rm -r ../../admin/htdocs; $h " + kPublish, "", "Can't open .*htdocs: No such"},
     };
     for (const auto& [script, input, reason] : cases) {
         EXPECT_THAT(shell(script, input), failsWith(reason));
@@ -120,6 +123,7 @@ TEST_F(BackupRestoreHelper, KeepsWhateverANewPairReplaces) {
         {"echo broken >pair.pem; chmod 644 pair.pem", "is not two keys", "-rw-------", "broken\n"},
         {"mkfifo -m 644 pair.pem", "is not a regular file", "prw-r--r--", ""},
         {"cp ../good ../target; ln -s ../target pair.pem", "", "-rw-------", kPair},
+        {"head -c 65537 /dev/zero >../long; ln -s ../long pair.pem", "is longer", "lrwxrwxrwx", ""},
         {"ln -s nowhere pair.pem", "No key pair is stored", "lrwxrwxrwx", ""},
         {"ln -s pair.pem pair.pem", "Too many levels of symbolic links", "lrwxrwxrwx", ""},
     };
@@ -132,6 +136,7 @@ TEST_F(BackupRestoreHelper, KeepsWhateverANewPairReplaces) {
         EXPECT_THAT(shell("exec timeout 10 $h " + kGet), HasSubstr(reason));
         EXPECT_EQ(run(kSet, pairOf('n')), "0:");
         EXPECT_EQ(run(kGet), "0:" + pairOf('n'));
+        EXPECT_EQ(run(kList).substr(0, 4), "0:20") << "the year in which it came";
         EXPECT_EQ(fs::status(current).permissions(), fs::perms(0600));
         ASSERT_EQ(archive().size(), 1U);
         EXPECT_EQ(shell("stat -c %A -- pair.pem.*"), "0:" + mode + "\n");

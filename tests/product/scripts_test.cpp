@@ -44,6 +44,11 @@ TEST(LibxmlProxy, TellsBadSchemasDocumentsAndArgumentsApart) {
         expect("d", "x", status, reason);
     }
     EXPECT_EQ(runProgram({LIBXML_PROXY, "--validate-xml", "--xml=n"}).out, "Unknown argument: --xml=n\n");
+    for (const char* two :
+         {"--validate-xml --xml-file=n", "--validate-xml --xsd-file=n", "--xml-file=n --xsd-file=n"}) {
+        EXPECT_THAT(runProgram({"/bin/sh", "-c", std::string(LIBXML_PROXY " ") + two}).out,
+                    StartsWith("Needed are "));
+    }
 }
 
 TEST(SendErrorReport, KeepsTheLatestHundredReportsAndRefusesWhatIsNone) {

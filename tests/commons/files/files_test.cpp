@@ -52,6 +52,9 @@ TEST_F(FileUtils, AStreamIsComparedFromItsStartAndAFileSystemHasRoom) {
     stream.ignore(100);
     EXPECT_TRUE(streamEquals(stream, "begin") && streamEquals(stream, ""));
     EXPECT_FALSE(streamEquals(stream, "end") || streamEquals(stream, "begin and end."));
+    std::istream nowhere(nullptr);
+    EXPECT_THAT(thrownText<std::system_error>([&] { streamEquals(nowhere, "x"); }),
+                StartsWith("Unable to set the position on the stream"));
     EXPECT_GT(getFreeSpace(dir.path()), 0U);
     EXPECT_THROW(getFreeSpace(dir.path("none")), Error<&CantStatFS>);
     const std::chrono::sys_time<std::chrono::nanoseconds> aDay(std::chrono::hours(24));
@@ -69,7 +72,9 @@ TEST_F(FileUtils, GuardsRemoveWhatTheyOwnAndLogWhatTheyCannot) {
         const TempFileGuard file(dir.path("file"), fd);
         const TempDirGuard folder(dir.path("folder"));
         const TempFileGuard occupied(dir.path("occupied"));
+        const TempDirGuard unusable(dir.path(std::string(300, 'x')));
     }
+    EXPECT_THAT(log.lines.front(), StartsWith("Unable to delete the directory '" + dir.path("xx")));
     EXPECT_EQ(close(fd), -1);
     EXPECT_FALSE(fs::exists(dir.path("file")) || fs::exists(dir.path("folder")));
     EXPECT_THAT(log.lines.back(), StartsWith("Unable to delete the file '" + dir.path("occupied") + "': "));

@@ -18,7 +18,7 @@ TEST(SettingsParser, ReadsEveryFormOfTheSyntax) {
         {"[s] junk\nk = \"a\\\" junk = 2 ; x\nl=1", {{"s.k", "a\\"}, {"s.l", "1"}}},
         {"[s]\r\nk\nk = a b\t\r\n\r\n  ; c\r\nl =\r\n", {{"s.k", "a b"}, {"s.l", ""}}},
         {"[ s t\t]\nk[x] = 1\nk[ ' y ' ]=2\nk [\"z\"] 3 = 3", {{"s t.k.x", "1"}, {"s t.k. y ", "2"}}},
-        {"[\"s]\"]\nk=1\n['t']\nk=2\n[\"s]\"]\nk=3", {{"s].k", "3"}, {"t.k", "2"}}},
+        {"[\"s]\"]\nk=1\n[ 't' ]\nk=2\n[\"s]\"]\nk=3", {{"s].k", "3"}, {"t.k", "2"}}},
         {"[s]\n#k = #1=2 \"q\"\n=x\nK=1\n", {{"s.#k", "#1=2 \"q\""}, {"s.", "x"}, {"s.K", "1"}}}};
     SettingsParser parser; // one for all, which keeps what it has read
     SettingsMap all;
@@ -37,6 +37,20 @@ TEST(SettingsParser, TellsWhereAndWhatItExpected) {
         {"\xEF\xBB\xBF[s", "']', found '<EOF>': Line 1, column 3"},
         {"\nk = 'a\"\n'", "''', found '<EOL>': Line 2, column 8"}};
     SettingsParser parser;
+
+    class Pipe : public std::stringbuf {
+        using std::stringbuf::stringbuf;
+
+    protected:
+        pos_type seekpos(pos_type /*to*/, std::ios::openmode /*which*/) override { return -1; }
+    } pipe("[s]");
+
+    const std::pair<std::streambuf*, std::string> broken[] = {{nullptr, "Unable to read characters"},
+                                                              {&pipe, "Unable to return input position"}};
+    for (const auto& [buffer, message] : broken) {
+        std::istream stream(buffer);
+        EXPECT_THAT(thrownText<std::system_error>([&] { parser.parse(stream); }), StartsWith(message));
+    }
     for (const auto& [text, message] : cases) {
         EXPECT_EQ(thrownText<ParseError>([&, &text = text] { parser.parse(text); }),
                   "Parse error: Expected " + message);

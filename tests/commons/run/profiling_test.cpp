@@ -65,13 +65,15 @@ TEST_F(Profiling, ACommandLeavesItsStartAndItsFinishInAFileOfThePanelsGroup) {
                          R"("process.runtime.name":"GNU C++"},"guid":"GUID","name":"tool two\\ words",)"
                          "\"start\":\"TIME\",\"type\":\"operation\"}\n{\"attributes\":{},\"finish\":\"TIME\","
                          "\"guid\":\"GUID\",\"type\":\"operation\"}\n");
+    profileCommand({"tool"});
+    EXPECT_THAT(records(), HasSubstr(",\"name\":\"tool\","));
     EXPECT_EQ(statFile(path).st_mode & 07777, 0660U);
     EXPECT_EQ(statFile(path).st_gid, groupId("bsaadm"));
 }
 
 TEST_F(Profiling, AnAsynchronousRunLeavesMetricsWithASpeedOnceThereIsEnoughToMeasure) {
     const ScopedEnv on("BMM_PROFILE_ASYNC_RUN", "1");
-    profileCommand({"tool"});
+    profileCommand({});
     ProfilingContext context(path);
     ProfilingMetric metric(ProfilingMetricType::SpeedUpload, &context);
     metric.startTime = std::chrono::steady_clock::now() - std::chrono::seconds(2);

@@ -3,6 +3,7 @@
 #include "commons/run/locale_check.h"
 #include "commons/run/session_log_file.h"
 #include "commons/run/start_stop_logger.h"
+#include "commons/run/xml_log.h"
 #include "commons/session.h"
 #include "lib/process/lib/identity.h"
 #include "tests/commons/library_test.h"
@@ -68,6 +69,9 @@ TEST_F(DebugLogTest, TheOptionsReachTheFlagsTheLevelAndStandardError) {
     EXPECT_EQ(inChild([] { writeUnder(true, false); }).out, "31 ");
     EXPECT_THAT(readFile(session->getLogFile()),
                 MatchesRegex("[0-9-]+ [0-9:.]+ .* ERROR  went wrong\n.*a note\n"));
+    configure(std::regex_replace(shipped, std::regex("(.*A1)=F.*"), "$&\n$1.append=false"));
+    EXPECT_EQ(inChild([] { writeUnder(true, false); }).out, "31 ");
+    EXPECT_THAT(readFile(session->getLogFile()), MatchesRegex("[0-9]{4}-[^\n]* went wrong\n[^\n]*a note\n"));
     const auto debug = inChild([] { writeUnder(true, true); });
     EXPECT_EQ(debug.out, "40 ");
     EXPECT_THAT(debug.err, MatchesRegex("\x1b\\[31m.* went wrong\n\x1b\\[0;39m\x1b\\[37m.*a note\n.*"));
@@ -118,6 +122,7 @@ TEST_F(DebugLogTest, NobodyElseReadsWhatItWritesAndALogThatIsNotUsedVanishes) {
                             "$1=RollingFileAppender\n$1.maxFileSize=1"),
          " 640 640 640 640"},
         {"rootCategory=INFO,NONE\n" + shipped, " - 640 - -"},
+        {std::regex_replace(shipped, std::regex("=\\$\\{LOG"), "=/.$${LOG"), " 640 640 - -"},
     };
     for (const auto& [text, modes] : cases) {
         configure(text);
@@ -144,6 +149,7 @@ TEST_F(Session, ANewDirectoryItsParentsAndItsLogBelongToTheAdministrators) {
         return fmtlib::format("{} {:o}", info.st_gid, info.st_mode & 07777);
     };
     EXPECT_THROW(DebugLogLifetimeController(false, false), Error<&AssertionFailed>) << "there is none yet";
+    EXPECT_THROW(XmlLog("result"), Error<&AssertionFailed>);
     const std::string group = std::to_string(groupId("bsaadm"));
     const mode_t before = umask(0);
     const SessionLifetimeController controller(dir.path("a/b/"));
@@ -156,13 +162,23 @@ TEST_F(Session, ANewDirectoryItsParentsAndItsLogBelongToTheAdministrators) {
                                                    "deployment.status|dump.xml|restore.xml|task_stopped",
                                                    "|", dir.path("a/b/")));
     EXPECT_EQ(owner(dir.path("a")) + owner(dir.path("a/b")), group + " 750" + group + " 750");
+    EXPECT_EQ(owner(dir.path()), std::to_string(getegid()) + " 700") << "it was there before";
     EXPECT_EQ(owner(dir.path("a/b/migration.log")), group + " 640");
     EXPECT_THROW(SessionFiles(dir.path(std::string(5000, 'x'))), fs::filesystem_error);
+    session->remove();
+    EXPECT_FALSE(fs::exists(dir.path("a/b")));
 
-    const std::string old = dir.write("old.log", "old");
+    const std::string old = dir.write("old.log", "");
     fs::permissions(old, fs::perms(0604));
     { const SessionLogFile untouched(old); }
     EXPECT_EQ(owner(old), std::to_string(getegid()) + " 604") << "a log that was there stays as it is";
+    {
+        const SessionLogFile used(dir.path("used.log"));
+        const SessionLogFile taken(dir.path("taken.log"));
+        dir.write("used.log", "x");
+        fs::rename(old, dir.path("taken.log"));
+    }
+    EXPECT_TRUE(fs::exists(dir.path("used.log")) && fs::exists(dir.path("taken.log")));
 }
 
 } // namespace

@@ -130,6 +130,8 @@ TEST_F(ExecutionLog, TheRunIsWrittenAtItsEndForThePanelsAccountAndAnEarlierResul
     CreateXmlLog("");
     fs::remove_all(dir.path("session"));
     DestroyXmlLog();
+    DestroyXmlLog(); // there is none any more
+    EXPECT_NE(GetLogFacade(), nullptr) << "the debug log still holds it";
     EXPECT_THAT(log.lines.back(), StartsWith("error: Unable to write the execution log " + result + ": "));
 }
 

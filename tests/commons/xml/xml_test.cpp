@@ -48,6 +48,7 @@ TEST_F(Xml, WhatCannotBeReadOrWrittenIsTold) {
     EXPECT_EQ(thrownText<Error<&tError_WrongDoc>>([&] { doc.initFileDoc("expected"); }),
               "The document has the wrong type, the root node is <actual>, but <expected> was expected");
     EXPECT_THROW(doc.getRootNodeChild("x"), Error<&tError_WrongContent>);
+    EXPECT_THROW(tXmlBmmDocument().initFileDoc("any"), Error<&tError_EmptyDoc>);
     const std::string file = dir.path("doc.xml");
     doc.saveToFile(file.c_str(), "ISO-8859-1");
     EXPECT_THAT(readFile(file), HasSubstr("\"ISO-8859-1\"?>\n<actual>\xE9</actual>\n"));
@@ -74,6 +75,7 @@ TEST_F(Xml, NothingButTheDocumentItselfIsLoaded) {
     const auto stockLoader = xmlGetExternalEntityLoader();
     installExternalEntityLoader();
     EXPECT_THAT(parseGreedily(), Not(MatchesRegex(".*(leaked=\"yes\"|stolen).*")));
+    EXPECT_EQ(xmlGetExternalEntityLoader()("secret", nullptr, nullptr), nullptr) << "for no document";
     xmlSetExternalEntityLoader(stockLoader);
 }
 
@@ -101,6 +103,7 @@ TEST_F(Xml, XPathFindsNodesOrTellsWhereItFoundNone) {
                 HasSubstr("Cannot evaluate a result of the expression 'none at path '/list/i[2]''"));
     EXPECT_THROW(root.getNode("i["), Error<&tError_XPath_CantEvaluate>);
     EXPECT_THROW(root.getNode("count(i)"), Error<&tError_XPath_TypesMismatch>);
+    EXPECT_THROW(root.getNode("count(none)"), Error<&tError_XPath_CantEvaluate>);
     EXPECT_THROW(root.getParent().getParent(), Error<&NoParentNode>);
 }
 
@@ -126,6 +129,8 @@ TEST_F(Xml, ADtdOrASchemaDecidesOverADocument) {
         thrownText<Error<&ExternalDtdValidationFailed>>([&] { tDtdValidator::validateXml(bad, dtd); }),
         MatchesRegex("Failed validation .* " + dtd + "\\. The errors are: .*got \\(j\\).*element j.*"));
     EXPECT_THROW(tDtdValidator::validateXml(bad), Error<&InternalDtdValidationFailed>);
+    tXmlBmmDocument own = parse("<!DOCTYPE n [<!ELEMENT n EMPTY>]><n/>");
+    tDtdValidator::validateXml(own);
 
     const std::string valid = dir.write("a document.xml", "<n>1</n>");
     const std::string invalid = dir.write("bad.xml", "<n>one</n>");

@@ -56,6 +56,7 @@ TEST(ExecCmd, AMissingProgramIsStatusOneWithTheReason) {
     EXPECT_TRUE(!cmd.started && !cmd.finished && cmd.errnoValue == 0);
     EXPECT_EQ(cmd.exec(), 1);
     EXPECT_TRUE(cmd.started && cmd.finished);
+    EXPECT_EQ(cmd.lastError.empty(), cmd.errnoValue == 0);
     const std::string reason = ".*: forkExecvPipes: execv\\(\\) failed: No such file or directory\n";
     EXPECT_THAT(cmd.describeResult(),
                 MatchesRegex("The return code was 1.*STDOUT" + reason + ".*STDERR" + reason + ".*"));
@@ -93,11 +94,12 @@ void feedDeafChild() {
 TEST(SigpipeGuard, WhileItLivesADeafChildCostsItsStatusOnlyAndTheCallersOwnBlockStays) {
     for (const bool isBlocked : {false, true}) {
         const auto child = inChild([&] {
-            sigset_t set;
-            sigemptyset(&set);
-            sigaddset(&set, SIGPIPE);
+            sigset_t pending;
+            sigset_t sigpipe;
+            sigemptyset(&sigpipe);
+            sigaddset(&sigpipe, SIGPIPE);
             if (isBlocked) {
-                sigprocmask(SIG_BLOCK, &set, nullptr);
+                sigprocmask(SIG_BLOCK, &sigpipe, nullptr);
                 raise(SIGPIPE);
             }
             {
@@ -105,12 +107,15 @@ TEST(SigpipeGuard, WhileItLivesADeafChildCostsItsStatusOnlyAndTheCallersOwnBlock
                 const SigpipeGuard inner;
                 feedDeafChild();
             }
-            sigpending(&set);
-            printf("pending: %d\n", sigismember(&set, SIGPIPE));
+            sigpending(&pending);
+            printf("pending: %d\n", sigismember(&pending, SIGPIPE));
+            sigprocmask(SIG_BLOCK, &sigpipe, nullptr);
             feedDeafChild();
+            fflush(stdout);
+            sigprocmask(isBlocked ? SIG_BLOCK : SIG_UNBLOCK, &sigpipe, nullptr);
         });
-        EXPECT_EQ(child.out,
-                  isBlocked ? "3 after 1000\npending: 1\n3 after 1000\n" : "3 after 0000\npending: 0\n");
+        EXPECT_EQ(child.out, isBlocked ? "3 after 1000\npending: 1\n3 after 1000\n"
+                                       : "3 after 0000\npending: 0\n3 after 1000\n");
         EXPECT_EQ(child.status, isBlocked ? 0 : 128 + SIGPIPE);
     }
 }
