@@ -1,10 +1,10 @@
 #include "commons/files/file_utils.h"
 #include "commons/run/xml_log.h"
 #include "commons/session.h"
+#include "commons/xml/xml_globals.h"
 #include "commons/xml/xpath_expr.h"
 #include "lib/process/lib/identity.h"
 #include "tests/commons/library_test.h"
-#include "tests/support/xml_errors.h"
 
 #include <regex>
 #include <sstream>
@@ -71,7 +71,7 @@ TEST_F(ExecutionLog, AnObjectIsTheFirstOfItsNameAndTypeThatIsLeft) {
     expectContent(
         R"(<object name="o" type="Domain">{error:1}{error:3}<object name="o" type="Domain">)"
         R"({error:4}</object>{error:5}</object><object name="o" type="Domain">{warning:2}</object>)");
-    const XmlErrors quiet;
+    const QuietXmlErrors quiet;
     for (const std::string name : {"it's", "\x01"}) {
         EXPECT_THROW(xml.AddMessage(Plain("", ""), {{name, ""}}), Error<&tError_XPath_CantEvaluate>);
     }

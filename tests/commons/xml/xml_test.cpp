@@ -2,7 +2,6 @@
 #include "commons/xml_parse.h"
 #include "commons/xml_wrap.h"
 #include "tests/commons/library_test.h"
-#include "tests/support/xml_errors.h"
 
 #include <libxml/parser.h>
 
@@ -29,8 +28,7 @@ tXmlBmmDocument parse(const std::string& text) {
 
 /// Leaves libxml2 with its default error handler, whatever a failed parse left behind.
 class Xml : public LibraryTest {
-protected:
-    ~Xml() override { xmlSetGenericErrorFunc(nullptr, nullptr); }
+    const XmlErrorsReset reset;
 };
 
 TEST_F(Xml, WhatCannotBeReadOrWrittenIsTold) {
@@ -56,7 +54,7 @@ TEST_F(Xml, WhatCannotBeReadOrWrittenIsTold) {
         EXPECT_EQ(read.doc_.get()->parseFlags, XML_PARSE_NONET) << "entities are left alone, DTDs unread";
     }
     EXPECT_EQ(doc.saveToBuffer(xmlAllocOutputBuffer(nullptr)), 1);
-    const XmlErrors quiet;
+    const QuietXmlErrors quiet;
     EXPECT_THROW(doc.saveToFile("/no/such"), Error<&tError_SaveFile>);
 }
 
@@ -65,7 +63,7 @@ TEST_F(Xml, NothingButTheDocumentItselfIsLoaded) {
     dir.write("dtd", "<!ATTLIST a leaked CDATA 'yes'>");
     dir.write("doc", "<!DOCTYPE a SYSTEM 'dtd' [<!ENTITY e SYSTEM 'secret'>]><a>&e;</a>");
     const int greedy = XML_PARSE_NOENT | XML_PARSE_DTDLOAD | XML_PARSE_DTDATTR | XML_PARSE_RECOVER;
-    const XmlErrors quiet;
+    const QuietXmlErrors quiet;
     const auto parseGreedily = [&] {
         tXmlDocument doc;
         doc.doc_ = ttPtrWrapper<xmlDoc*, xmlFreeDoc>(xmlReadFile(dir.path("doc").c_str(), nullptr, greedy));
@@ -98,7 +96,7 @@ TEST_F(Xml, XPathFindsNodesOrTellsWhereItFoundNone) {
     const tXmlBmmDocument doc = parse("<list><i>1</i><i>2</i><n:i xmlns:n='urn:n'>four</n:i></list>");
     const XmlNode root(doc.doc_.get(), doc.root_);
     EXPECT_EQ(getNodeContent(root.getNode("x:i", {{"x", "urn:n"}}).node_), "four");
-    const XmlErrors quiet;
+    const QuietXmlErrors quiet;
     EXPECT_THAT(thrownText<Error<&tError_XPath_CantEvaluate>>([&] { root.getNode("i[2]").getNode("none"); }),
                 HasSubstr("Cannot evaluate a result of the expression 'none at path '/list/i[2]''"));
     EXPECT_THROW(root.getNode("i["), Error<&tError_XPath_CantEvaluate>);
