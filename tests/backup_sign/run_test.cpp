@@ -1,4 +1,5 @@
 #include "backup_sign/run_lifetime.h"
+#include "commons/run/error_report.h"
 #include "tests/support/fixed_params.h"
 #include "tests/support/support.h"
 
@@ -24,11 +25,12 @@ TEST(Run, LogsHowAnExceptionThatPassesEndsItAndKeepsDocumentsFromLoadingOthers) 
             const auto stockLoader = xmlGetExternalEntityLoader();
             char* argv[] = {const_cast<char*>("tool"), nullptr};
             RunLifetime run(1, argv, {.sessionPath = dir.path("session")});
-            printf(xmlGetExternalEntityLoader() == stockLoader ? "others are loaded " : "");
+            printf("%s %d ", ErrorReportSender::instance().GetComponentName().c_str(),
+                   xmlGetExternalEntityLoader() == stockLoader);
             runGuarded(run, command);
         });
         EXPECT_EQ(child.status, 99) << "the exception passes";
-        EXPECT_EQ(child.out + child.err, "gone");
+        EXPECT_EQ(child.out + child.err, "backup_sign 0 gone");
         EXPECT_THAT(readFile(dir.path("session/migration.log")), MatchesRegex(log));
         fs::remove(dir.path("session/migration.log"));
     }

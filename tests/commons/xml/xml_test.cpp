@@ -54,6 +54,9 @@ TEST_F(Xml, WhatCannotBeReadOrWrittenIsTold) {
         EXPECT_EQ(read.doc_.get()->parseFlags, XML_PARSE_NONET) << "entities are left alone, DTDs unread";
     }
     EXPECT_EQ(doc.saveToBuffer(xmlAllocOutputBuffer(nullptr)), 1);
+    tXmlDocument none;
+    none.doc_ = ttPtrWrapper<xmlDoc*, xmlFreeDoc>(nullptr);
+    EXPECT_THROW(none.saveToBuffer(xmlAllocOutputBuffer(nullptr)), Error<&tError_SaveFile>);
     const QuietXmlErrors quiet;
     EXPECT_THROW(doc.saveToFile("/no/such"), Error<&tError_SaveFile>);
 }

@@ -133,7 +133,7 @@ TEST_F(Spawn, TheChildInheritsNoDescriptorAboveTwo) {
             const rlimit limit{1024, 1024};
             setrlimit(RLIMIT_NOFILE, &limit);
             for (int i = 0; i < open; ++i) {
-                dup2(STDOUT_FILENO, 10 + i);
+                dup2(STDOUT_FILENO, 3 + i);
             }
             // What /proc shows of a process whose memory is private is root's.
             [[maybe_unused]] const int refused = open == 5 ? setuid(65534) : 0;
