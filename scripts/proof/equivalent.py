@@ -117,6 +117,8 @@ REASONS = [
      "self->readAhead(); -> ;", "the caller reads alone, and no less"),
     *(("log4cpp_additions/properties.cpp", "constexpr std::size_t kLongestValue = 1048576;", change,
        "no value of a use comes near the limit") for change in ("1048576 -> (1048576 + 1)", "1048576 -> (1048576 - 1)")),
+    *(("product/backup_restore_helper/key_store.cpp", "constexpr useconds_t pause = 50000;", change,
+       "how long it waits before it tries again") for change in ("50000 -> (50000 + 1)", "50000 -> (50000 - 1)")),
     ("commons/run/profiling.h", "bool asyncRun = false;",
      "false -> true", "the constructor sets it"),
     ("product/backup_restore_helper/descriptor.cpp", "if (count < 0) {",
