@@ -109,11 +109,12 @@ TEST(LowLevelLog, SyslogLinesCarryTheTraceIdThatIsHandedDownAndAreCutAtTheBuffer
     const ScopedEnv none("BRASK_LOG_TRACE_ID", std::nullopt);
     const auto child = inChild([] {
         LogInit(nullptr, LOG_WARNING, LOG_USER, LOG_PERROR, "tool");
-        logWrite(LOG_WARNING, "n");
         const bool isSet = getenv("BRASK_LOG_TRACE_ID") != nullptr;
         LogInit(nullptr, LOG_WARNING, LOG_USER, LOG_PERROR | kLogTraceId, "tool");
         logWrite(LOG_NOTICE, "above the threshold");
         logWrite(LOG_WARNING, "m");
+        LogInit(nullptr, LOG_WARNING, LOG_USER, LOG_PERROR, "tool");
+        logWrite(LOG_WARNING, "n");
         printf("%sR%d %s", isSet ? "at once " : "", getpid(), getenv("BRASK_LOG_TRACE_ID"));
         setenv("BRASK_LOG_TRACE_ID", "T42", 1);
         LogInit(nullptr, LOG_WARNING, LOG_USER, LOG_PERROR | kLogTraceId, "tool");
@@ -121,7 +122,7 @@ TEST(LowLevelLog, SyslogLinesCarryTheTraceIdThatIsHandedDownAndAreCutAtTheBuffer
     });
     const std::string id = child.out.substr(child.out.find(' ') + 1);
     EXPECT_EQ(child.out, id + " " + id);
-    EXPECT_THAT(child.err, MatchesRegex("[^\n]*]: n\n[^\n]*]: " + id + ": m\n[^\n]*]: T42: x*\n"));
+    EXPECT_THAT(child.err, MatchesRegex("[^\n]*]: " + id + ": m\n[^\n]*]: n\n[^\n]*]: T42: x*\n"));
     EXPECT_EQ(std::count(child.err.begin(), child.err.end(), 'x'), 8191 - 5);
 }
 
