@@ -21,16 +21,20 @@ protected:
 /// Whether reports are sent, as a process sees it that asks twice while `change` happens in between. Comes
 /// first: the process of the tests themselves must not have asked so far.
 TEST_F(ErrorReport, AreTurnedOffByAFileThatIsThereAtTheFirst) {
+    useSender("rm '" + dir.path("unsent") + "'");
     const auto ask = [this](auto change) {
+        dir.write("unsent", "");
         return inChild([&] {
             fs::current_path(dir.path()); // where this program's switch is
             printf("%d", ErrorReportSender::instance().IsEnabled());
             change("feedback-disabled");
             printf("%d", ErrorReportSender::instance().IsEnabled());
+            ErrorReportSender::instance().Send("general", "m");
+            printf("%d", fs::exists("unsent"));
         });
     };
-    EXPECT_EQ(ask([](const char* file) { fs::create_directory(file); }).out, "11");
-    EXPECT_EQ(ask([](const char* file) { fs::remove(file); }).out, "00");
+    EXPECT_EQ(ask([](const char* file) { fs::create_directory(file); }).out, "110");
+    EXPECT_EQ(ask([](const char* file) { fs::remove(file); }).out, "001");
 }
 
 TEST_F(ErrorReport, TellsOfAGraveMessageWhatItIsAboutAndWhereItCameFrom) {
