@@ -1,11 +1,9 @@
 #include "commons/errors/system_error.h"
 #include "lib/process/lib/fork_exec.h"
 #include "lib/process/lib/spawn.h"
+#include "tests/support/refused_call.h"
 #include "tests/support/support.h"
 
-#include <linux/filter.h>
-#include <linux/seccomp.h>
-#include <stddef.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -112,19 +110,6 @@ TEST_F(Spawn, TooManyDescriptorsForSelectAreAnErrorWithoutAChild) {
                           "0 leaked, a child: 0");
 }
 
-/// From here on this process runs on a kernel without close_range.
-void loseCloseRange() {
-    sock_filter program[] = {
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_close_range, 0, 1),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-    };
-    const sock_fprog filter{std::size(program), program};
-    prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-    prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter);
-}
-
 TEST_F(Spawn, TheChildInheritsNoDescriptorAboveTwo) {
     // 150 are more than the walk of the listing does in a table of this size, so the rest is swept.
     for (const auto& [open, hasCloseRange] :
@@ -139,7 +124,7 @@ TEST_F(Spawn, TheChildInheritsNoDescriptorAboveTwo) {
             [[maybe_unused]] const int refused = open == 5 ? setuid(65534) : 0;
             prctl(PR_SET_DUMPABLE, 0);
             if (!hasCloseRange) {
-                loseCloseRange();
+                refuseCall(SYS_close_range, ENOSYS); // as kernels before 5.9 do
             }
             run("echo /proc/$$/fd/*", "", {});
             printf("%s", output.c_str());
