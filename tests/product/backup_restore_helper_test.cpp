@@ -196,7 +196,8 @@ TEST_F(BackupRestoreHelper, OpensNoFileAsAStandardStream) {
     // It waits for the lock, with the store's folder open as well.
     EXPECT_EQ(shell("exec 9<lock; flock 9; $h " + kSet +
                     " <pair.pem 9<&- >&- 2>&- & f=/proc/$!/fd; "
-                    "for i in $(seq 500); do readlink $f/[3-8] | grep -q lock && break; sleep 0.01; done; "
+                    "for i in $(seq 500); do readlink $f/[3-8] | grep -q certificate/lock && break; sleep "
+                    "0.01; done; "
                     "readlink $f/1 $f/2; kill $!"),
               "0:/dev/null\n/dev/null\n");
 }
