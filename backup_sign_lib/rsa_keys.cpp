@@ -133,7 +133,7 @@ RSA* readKeyValue(const std::string& modulus, const std::string& exponent) {
     RsaPtr key(RSA_new());
     BnPtr n = readPartOfPublicKey(modulus);
     BnPtr e = readPartOfPublicKey(exponent);
-    // A new key takes no number that isn't there.
+    // A new key refuses a number that is missing.
     if (key == nullptr || RSA_set0_key(key.get(), n.get(), e.get(), nullptr) != 1) {
         return nullptr;
     }

@@ -36,8 +36,11 @@ TempFileGuard::~TempFileGuard() {
 TempDirGuard::TempDirGuard(std::string path) : path(std::move(path)) {}
 
 TempDirGuard::~TempDirGuard() {
+    if (path.empty()) {
+        return;
+    }
     try {
-        std::filesystem::remove_all(path); // nothing, for an empty path
+        std::filesystem::remove_all(path);
     } catch (const std::exception& e) {
         logMessage(level::kWarning, "Unable to delete the directory '{}': {}", path, e.what());
     } catch (...) {
