@@ -1,4 +1,5 @@
-"""Breaks of the logic that change nothing which a test could notice, each with its reason. scripts/mutate leaves them out."""
+"""Breaks of the logic that scripts/mutate leaves out, each with its reason: they change nothing that can be seen, or only
+what a call that fails, want of memory or a crash of the machine brings about, which the tests leave to scripts/faults."""
 
 REASONS = [
     *((file, "int length = 0;", change, "the call that it is for sets it")
@@ -41,8 +42,6 @@ REASONS = [
     ("lib/process/lib/fork_exec.cpp",
      "if (errno != 0 || end == text || *end != '\\0' || value > std::numeric_limits<int>::max()) {",
      "|| -> &&", "what overflows is above the largest int as well, and the first digit is always taken"),
-    ("dumpsig/read_ahead.cpp", "std::size_t room() const { return kBlocks - filled - (isCallerAtOne ? 1 : 0); }",
-     "0 -> (0 - 1)", "a caller without a block takes the first at once"),
     ("dumpsig/new_file.cpp", "errno = EEXIST;",
      "errno = EEXIST; -> ;", "only a file system without such a rename, and a file that comes just then, tell"),
     ("commons/xml/xml_document.cpp", 'BRASK_THROW(tError_XmlInternal, "Unable to clone XML node");',
@@ -115,16 +114,10 @@ REASONS = [
      "false -> true", "a listing of this process has its own descriptor"),
     ("dumpsig/read_ahead.cpp", "std::thread([self = shared_from_this()] { self->readAhead(); }).detach();",
      "self->readAhead(); -> ;", "the caller reads alone, and no less"),
-    *(("log4cpp_additions/properties.cpp", "constexpr std::size_t kLongestValue = 1048576;", change,
-       "no value of a use comes near the limit") for change in ("1048576 -> (1048576 + 1)", "1048576 -> (1048576 - 1)")),
     *(("product/backup_restore_helper/key_store.cpp", "constexpr useconds_t pause = 50000;", change,
        "how long it waits before it tries again") for change in ("50000 -> (50000 + 1)", "50000 -> (50000 - 1)")),
     ("commons/run/profiling.h", "bool asyncRun = false;",
      "false -> true", "the constructor sets it"),
-    ("product/backup_restore_helper/descriptor.cpp", "if (count < 0) {",
-     "< -> <=", "write takes at least a byte, or fails"),
-    ("lib/runtime/bsa_conf_load.cpp", "if (conf == nullptr) {",
-     "== -> !=", "memory that is lost, which the sanitizers' run notices"),
     ("lib/runtime/bsa_conf_load.cpp", "errno = error;",
      "errno = error; -> ;", "what stands between, in a run where it succeeds, leaves errno alone"),
     ("lib/runtime/bsa_conf.cpp", "return -1;",
@@ -164,8 +157,6 @@ REASONS = [
      "component = std::make_unique<MessageComponent>(); -> ;", "the stock layout's text is the same, and costs copies"),
     ("lib/process/lib/fork_exec.cpp", 'if (strcmp(entry.d_name, ".") == 0 || strcmp(entry.d_name, "..") == 0) {',
      "|| -> &&", "what a listing may have missed is swept after it"),
-    ("lib/process/lib/fork_exec.cpp", "return false;",
-     "false -> true", "a listing of this process, in a table of its size, has none of these ends"),
     ("backup_sign_lib/digest.cpp", "OPENSSL_init_crypto(OPENSSL_INIT_LOAD_CRYPTO_STRINGS, nullptr);",
      "OPENSSL_init_crypto(OPENSSL_INIT_LOAD_CRYPTO_STRINGS, nullptr); -> ;", "OpenSSL does it by itself"),
     ("backup_sign_lib/rsa_keys.cpp", "if (length <= 0 ||",
@@ -182,8 +173,6 @@ REASONS = [
      'BRASK_THROW(DigestCalculationError, "Cannot update digest", getOpenSslErrors());',
      'BRASK_THROW(DigestCalculationError, "Cannot update digest", getOpenSslErrors()); -> ;',
      "OpenSSL's SHA-1 refuses no bytes; the message is part of the interface"),
-    ("backup_sign/command_line.cpp", "BRASK_THROW(MissingOptionError, name);",
-     "BRASK_THROW(MissingOptionError, name); -> ;", "no command asks; the check is part of the interface"),
     ("backup_sign_lib/legacy_xml.cpp", "std::array<char, 4096> buffer;",
      "4096 -> (4096 - 1)", "a block's size"),
     ("commons/run/session_log_file.cpp", "if (fd == -1 && errno == EEXIST) {",
